@@ -1,0 +1,49 @@
+# One helper per kind of target: warnings, sanitizers, alias and install rules are applied here
+# and nowhere else.
+
+add_library(varnix_build_flags INTERFACE)
+target_compile_options(varnix_build_flags INTERFACE -Wall -Wextra)
+if(VARNIX_SANITIZE)
+  target_compile_options(varnix_build_flags INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(varnix_build_flags INTERFACE -fsanitize=address,undefined)
+endif()
+install(TARGETS varnix_build_flags EXPORT VarnixBaseTargets)
+
+# varnix_add_library(<target> ALIAS <ns::name> DIRECTORY <dir> [LINK <libs>...])
+# A shared library of every .cpp below DIRECTORY, with src/ as its include root.
+function(varnix_add_library target)
+  cmake_parse_arguments(ARG "" "ALIAS;DIRECTORY" "LINK;PRIVATE_LINK" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${ARG_DIRECTORY}/*.cpp")
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS "${ARG_DIRECTORY}/*.hpp")
+  add_library(${target} SHARED ${sources} ${headers})
+  add_library(${ARG_ALIAS} ALIAS ${target})
+  target_include_directories(${target} PUBLIC
+    "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>"
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+  target_link_libraries(${target} PUBLIC ${ARG_LINK} varnix_build_flags PRIVATE ${ARG_PRIVATE_LINK})
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  install(TARGETS ${target} EXPORT VarnixBaseTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()
+
+# varnix_add_test(<target> SOURCES <files>... [LINK <libs>...])
+# A GoogleTest executable whose tests are registered with CTest one by one, so that each test
+# runs in a process of its own (process-wide singletons start fresh for every test).
+function(varnix_add_test target)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE ${ARG_LINK} GTest::gtest GTest::gmock varnix_build_flags)
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    PROPERTIES TIMEOUT 120)
+endfunction()
+
+# varnix_add_benchmark(<target> SOURCES <files>... [LINK <libs>...])
+function(varnix_add_benchmark target)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${target} ${ARG_SOURCES})
+  target_link_libraries(${target} PRIVATE ${ARG_LINK} benchmark::benchmark varnix_build_flags)
+endfunction()

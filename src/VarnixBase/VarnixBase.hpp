@@ -1,0 +1,7 @@
+#pragma once
+
+// The VarnixBase library: every public header, so that an application can start with one include.
+// Written by scripts/umbrella.
+
+#include "VarnixBase/Core/Info/Info.hpp"
+#include "VarnixBase/Core/Os/ShutdownFlags.hpp"

@@ -1,0 +1,7 @@
+#include "Zon/Exception.hpp"
+
+namespace Zon {
+
+Exception::~Exception() = default;
+
+} // namespace Zon

@@ -1,0 +1,65 @@
+#include "support/HostFixture.hpp"
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+
+namespace VarnixTest {
+
+TempDir::TempDir()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "varnix-test-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        throw std::runtime_error("cannot create a temporary directory");
+    }
+    path = pattern;
+}
+
+TempDir::~TempDir()
+{
+    std::error_code error;
+    std::filesystem::remove_all(path, error);
+}
+
+std::filesystem::path TempDir::WriteFile(const std::string& relative, const std::string& content) const
+{
+    std::filesystem::path file = path / relative;
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+    stream << content;
+    return file;
+}
+
+void HostTest::SetUp()
+{
+    Zon::Host::RuntimeOptions options;
+    options.fileSystemRoot = root.Path().string();
+    options.consoleLevel.reset();
+    runtime = std::make_unique<Zon::Host::Runtime>(options);
+}
+
+void HostTest::TearDown()
+{
+    runtime.reset();
+}
+
+std::filesystem::path HostTest::MachinePath(const std::string& platformPath) const
+{
+    std::string relative = platformPath;
+    while (!relative.empty() && relative.front() == '/') {
+        relative.erase(relative.begin());
+    }
+    return root.Path() / relative;
+}
+
+std::filesystem::path HostTest::WritePlatformFile(const std::string& platformPath, const std::string& content) const
+{
+    std::string relative = platformPath;
+    while (!relative.empty() && relative.front() == '/') {
+        relative.erase(relative.begin());
+    }
+    return root.WriteFile(relative, content);
+}
+
+} // namespace VarnixTest

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "Zon/Host/Runtime.hpp"
+#include "Zon/System/Commons/Diagnostics/Logging/LogSink.hpp"
+
+namespace VarnixTest {
+
+/// A fresh directory under the system's temporary directory, removed with its content when the
+/// object goes.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::filesystem::path& Path() const noexcept { return path; }
+    /// Writes `content` to `relative` below the directory, creating directories as needed.
+    std::filesystem::path WriteFile(const std::string& relative, const std::string& content) const;
+
+private:
+    std::filesystem::path path;
+};
+
+/// A test with a host runtime whose file-system root is a fresh temporary directory and whose
+/// log goes to a capture sink (and not to the console).
+class HostTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    Zon::Host::Runtime& Runtime() { return *runtime; }
+    Zon::System::Commons::Diagnostics::Logging::CaptureSink& Capture() { return runtime->GetCapture(); }
+    /// The machine path of a platform path under the test's root.
+    std::filesystem::path MachinePath(const std::string& platformPath) const;
+    /// Writes a file at a platform path (such as "/opt/varnix/data/x") under the test's root.
+    std::filesystem::path WritePlatformFile(const std::string& platformPath, const std::string& content) const;
+
+    TempDir root;
+    std::unique_ptr<Zon::Host::Runtime> runtime;
+};
+
+} // namespace VarnixTest
