@@ -17,6 +17,7 @@
 #include "Zon/Host/FileSystemRoot.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/Plc/Commons/Domain/PlcDomainProxy.hpp"
+#include "Zon/Plc/Commons/Meta/StandardAttribute.hpp"
 #include "Zon/SecureStrncpy.hpp"
 #include "Zon/Singleton.hpp"
 #include "Zon/System/Commons/ArgumentException.hpp"
