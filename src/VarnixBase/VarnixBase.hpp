@@ -5,3 +5,4 @@
 
 #include "VarnixBase/Core/Info/Info.hpp"
 #include "VarnixBase/Core/Os/ShutdownFlags.hpp"
+#include "VarnixBase/Core/PortSystem/ValueConversion.hpp"
