@@ -4,6 +4,12 @@
 // Written by scripts/umbrella.
 
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
+#include "VarnixBase/Commons/Nm/VersionInformationPayload.hpp"
+#include "VarnixBase/Commons/Serialization/IReader.hpp"
+#include "VarnixBase/Commons/Serialization/IWriter.hpp"
+#include "VarnixBase/Commons/Serialization/Json/JsonWriter.hpp"
+#include "VarnixBase/Commons/Serialization/Serializer.hpp"
+#include "VarnixBase/Commons/Serialization/SerializerContext.hpp"
 #include "VarnixBase/Core/Info/Info.hpp"
 #include "VarnixBase/Core/Os/ShutdownFlags.hpp"
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocument.hpp"
