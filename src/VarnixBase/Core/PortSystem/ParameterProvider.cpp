@@ -1,0 +1,58 @@
+#include "VarnixBase/Core/PortSystem/ParameterProvider.hpp"
+
+#include <utility>
+
+#include "Zon/System/Commons/ArgumentException.hpp"
+
+namespace VarnixBase::Core::PortSystem {
+
+using Zon::System::Commons::ArgumentException;
+
+bool ParameterProvider::TryGetParameter(String const& name, std::shared_ptr<IParameter>& parameter) const
+{
+    for (const auto& entry : parameters) {
+        if (entry->GetName() == name) {
+            parameter = entry;
+            return true;
+        }
+    }
+    parameter.reset();
+    return false;
+}
+
+std::shared_ptr<IParameter> ParameterProvider::GetParameter(String const& name) const
+{
+    std::shared_ptr<IParameter> parameter;
+    if (!TryGetParameter(name, parameter)) {
+        throw ArgumentException("Parameter `{0}` not found", name);
+    }
+    return parameter;
+}
+
+bool ParameterProvider::HasParameter(String const& name) const
+{
+    for (const auto& entry : parameters) {
+        if (entry->GetName() == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool ParameterProvider::HasParameter(std::shared_ptr<IParameter> parameter) const
+{
+    if (parameter == nullptr) {
+        throw ArgumentException("Parameter argument is empty");
+    }
+    return HasParameter(parameter->GetName());
+}
+
+void ParameterProvider::Append(std::shared_ptr<IParameter> parameter)
+{
+    if (HasParameter(parameter)) {
+        throw ArgumentException("Parameter `{0}` already exists", parameter->GetName());
+    }
+    parameters.push_back(std::move(parameter));
+}
+
+} // namespace VarnixBase::Core::PortSystem
