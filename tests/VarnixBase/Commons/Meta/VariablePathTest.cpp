@@ -189,10 +189,10 @@ TEST_F(VariablePathTest, UnknownComponentGivesTheEmptyRecordAndAnErrorLine)
 
 TEST_F(VariablePathTest, ComponentNameMayHoldDots)
 {
-    Zon::Host::Component dotted("App.Part", library);
+    Zon::Host::Component dotted("App.Unit", library);
     dotted.AddVariable("Root", root);
     Provider().Add(dotted);
-    DataInfo info = Browser().GetDataInfo("App.Part/Root.n");
+    DataInfo info = Browser().GetDataInfo("App.Unit/Root.n");
     Provider().Remove(dotted);
     EXPECT_EQ(info.address, &root.n);
 }
