@@ -1,0 +1,383 @@
+#include "VarnixBase/Commons/Meta/DataBrowser.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <typeinfo>
+
+#include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "VarnixBase/Commons/Meta/PathParserState.hpp"
+#include "Zon/Enumerator.hpp"
+#include "Zon/Plc/Commons/DataType.hpp"
+#include "Zon/Plc/Commons/Meta/IMetaComponent.hpp"
+#include "Zon/System/Commons/ArgumentException.hpp"
+#include "Zon/System/Commons/IndexOutOfRangeException.hpp"
+#include "Zon/System/Commons/InvalidOperationException.hpp"
+#include "Zon/System/Commons/NotImplementedException.hpp"
+#include "Zon/System/Commons/ParseException.hpp"
+
+namespace VarnixBase::Commons::Meta {
+
+using Zon::String;
+using Zon::Plc::Commons::DataTypeBaseMask;
+using Zon::Plc::Commons::DataTypeEnum;
+using Zon::Plc::Commons::DataTypeIndirectMask;
+using Zon::Plc::Commons::DataTypePointerBit;
+using Zon::Plc::Commons::Meta::ArrayDimensions;
+using Zon::Plc::Commons::Meta::ChildTypeInfo;
+using Zon::Plc::Commons::Meta::DataInfo;
+using Zon::Plc::Commons::Meta::DataTag;
+using Zon::Plc::Commons::Meta::IMetaComponent;
+using Zon::Plc::Commons::Meta::TypeInfo;
+using Zon::System::Commons::ArgumentException;
+using Zon::System::Commons::IndexOutOfRangeException;
+using Zon::System::Commons::InvalidOperationException;
+using Zon::System::Commons::NotImplementedException;
+using Zon::System::Commons::ParseException;
+
+namespace {
+
+using DataInfoEnumerator = Zon::IEnumerator<const DataInfo&>;
+
+/// The text of a parse failure. The position of the unexpected character is applied to it as
+/// an offset: the message loses its first `position` characters, and is empty from the end of
+/// the text on.
+constexpr char ParseFailureText[] = "Invalid variable path: Unexpected character at position ";
+constexpr std::size_t ParseFailureLength = sizeof(ParseFailureText) - 1;
+static_assert(ParseFailureLength == 56);
+
+/// The limit of an element's end, in element sizes from the start of its array.
+constexpr unsigned long ElementLimitFactor = 10;
+
+[[noreturn]] void ThrowParseFailure(std::size_t position)
+{
+    throw ParseException(ParseFailureText + std::min(position, ParseFailureLength));
+}
+
+/// `address` plus `offset`, counted as a number: walking below a null pointer gives addresses
+/// counted from zero, without touching memory.
+unsigned char* Advance(unsigned char* address, std::uint64_t offset) noexcept
+{
+    return reinterpret_cast<unsigned char*>(reinterpret_cast<std::uintptr_t>(address) + offset);
+}
+
+/// The pointer stored at `place`, which need not be aligned.
+unsigned char* ReadPointer(const unsigned char* place) noexcept
+{
+    unsigned char* pointer = nullptr;
+    std::memcpy(&pointer, place, sizeof(pointer));
+    return pointer;
+}
+
+const void* Show(const void* address) noexcept
+{
+    return address;
+}
+
+[[noreturn]] void ThrowPointerOutsideMemory(const unsigned char* address, std::uint64_t offset)
+{
+    throw InvalidOperationException("Attempt to read a pointer member outside of described memory: address={0}+{1}",
+                                    Show(address), offset);
+}
+
+/// Whether an element ending at `elementOffset + elementSize` lies inside the declared
+/// dimensions (a member without dimensions has one element).
+bool IsInsideDeclaredArray(const ArrayDimensions& dimensions, unsigned long elementOffset, unsigned long elementSize)
+{
+    std::uint64_t extent = elementSize;
+    for (const auto& dimension : dimensions) {
+        if (__builtin_mul_overflow(extent, std::uint64_t{dimension.elementCount}, &extent)) {
+            extent = UINT64_MAX;
+            break;
+        }
+    }
+    std::uint64_t end = 0;
+    if (__builtin_add_overflow(std::uint64_t{elementOffset}, std::uint64_t{elementSize}, &end)) {
+        return false;
+    }
+    return end <= extent;
+}
+
+} // namespace
+
+DataBrowser::DataBrowser() = default;
+
+DataBrowser::~DataBrowser() = default;
+
+Zon::IEnumerator<const DataInfo&>::Ptr DataBrowser::GetRoots()
+{
+    DataInfoEnumerator::Ptr result = std::make_shared<Zon::Enumerator<const DataInfo&>::Empty>();
+    for (auto& [name, provider] : providers) {
+        auto roots = provider.get().GetRootEnumerator();
+        result = std::make_shared<Zon::Enumerator<const DataInfo&>::Composite>(std::move(result), std::move(roots));
+    }
+    return result;
+}
+
+Zon::IEnumerator<const DataInfo&>::Ptr DataBrowser::GetChildren(const DataTag& /*parent*/)
+{
+    throw NotImplementedException(NotImplementedException::defaultMessage,
+                                  "virtual Zon::IEnumerator<const Zon::Plc::Commons::Meta::DataInfo&>::Ptr "
+                                  "VarnixBase::Commons::Meta::DataBrowser::GetChildren(const "
+                                  "Zon::Plc::Commons::Meta::DataTag&)");
+}
+
+Zon::IEnumerator<const DataInfo&>::Ptr DataBrowser::Find(const DataFilter& /*filter*/)
+{
+    throw NotImplementedException(NotImplementedException::defaultMessage,
+                                  "virtual Zon::IEnumerator<const Zon::Plc::Commons::Meta::DataInfo&>::Ptr "
+                                  "VarnixBase::Commons::Meta::DataBrowser::Find(const "
+                                  "VarnixBase::Commons::Meta::DataFilter&)");
+}
+
+DataInfo DataBrowser::GetDataInfo(const String& variablePath)
+{
+    const std::string& path = variablePath.ToStdString();
+    std::string component;
+    std::string root;
+    std::string remainder = path;
+    // The parser reads a copy that ends in a NUL, its end mark.
+    const std::string text = path + '\0';
+
+    const std::size_t slash = path.find('/');
+    if (slash != std::string::npos) {
+        component = path.substr(0, slash);
+        const std::size_t rootStart = slash + 1;
+        std::size_t rootEnd = rootStart;
+        while (text[rootEnd] != '.' && text[rootEnd] != '[' && text[rootEnd] != '\0') {
+            ++rootEnd;
+        }
+        root = path.substr(rootStart, rootEnd - rootStart);
+        if (text[rootEnd] == '.') {
+            remainder = path.substr(rootEnd + 1);
+        } else if (text[rootEnd] == '[') {
+            remainder = path.substr(rootEnd);
+        } else {
+            remainder.clear();
+        }
+    }
+
+    GetLogger().Trace(" browse: component={}, root={}, variable={}", component, root, remainder);
+
+    if (root.empty()) {
+        GetLogger().Error("Variable name does not contain component information: {0}", variablePath);
+        return DataInfo::Empty;
+    }
+
+    auto found = providers.find(String(component));
+    if (found == providers.end()) {
+        GetLogger().Error("Component is not available: {0}", component);
+        return DataInfo::Empty;
+    }
+
+    auto roots = found->second.get().GetRootEnumerator();
+    while (roots->MoveNext()) {
+        if (roots->GetCurrent().name == root.c_str()) {
+            break;
+        }
+    }
+    // Found or not, the record is what the enumerator now gives: for a root that is not there,
+    // the answer of an exhausted enumerator (the platform's enumerators throw).
+    const DataInfo& current = roots->GetCurrent();
+    if (remainder.empty()) {
+        return current;
+    }
+    return GetDataInfo(current, remainder);
+}
+
+TypeInfo DataBrowser::GetTypeInfo(const String& variablePath)
+{
+    DataInfo info = GetDataInfo(variablePath);
+    return MetaInfoProvider::GetInstance().GetTypeBrowser().GetTypeInfo(info.typeIdentifier);
+}
+
+DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& remainder)
+{
+    DataInfo result = parent;
+    auto* variableAddress = static_cast<unsigned char*>(result.address);
+    if ((result.dataType & DataTypeIndirectMask) != 0) {
+        if (variableAddress == nullptr) {
+            throw InvalidOperationException(
+                "Attempt to dereference variableAddress == nullptr for DataTag: name={}, dataType={}", result.name,
+                result.dataType);
+        }
+        variableAddress = ReadPointer(variableAddress);
+    }
+
+    GetLogger().Trace("  browse: path={0}, startAddress={1}", remainder, Show(variableAddress));
+
+    // Whether the memory at `variableAddress` (and at `memberAddress` plus `elementOffset`) is
+    // known to hold the object that the walk describes there. Pointers are read only from such
+    // memory: below a null pointer, an unknown member or an element past its array's declared
+    // dimensions, addresses are still counted, but nothing is read.
+    bool variableKnown = variableAddress != nullptr;
+    bool memberKnown = variableKnown;
+    bool elementKnown = variableKnown;
+
+    const std::string text = remainder + '\0';
+    ChildTypeInfo child = ChildTypeInfo::Empty;
+    unsigned char* memberAddress = variableAddress;
+    unsigned long elementOffset = 0;
+    std::string memberName;
+    std::size_t memberStart = 0;
+    std::size_t indexStart = 0;
+    std::vector<unsigned long> indices;
+    PathParserState state = PathParserState::ParseMembers;
+
+    auto memberStep = [&](std::size_t position, char end) {
+        memberName = text.substr(memberStart, position - memberStart);
+        auto& typeBrowser = MetaInfoProvider::GetInstance().GetTypeBrowser();
+        const bool endsMember = end == '.' || end == '\0';
+        if (endsMember) {
+            // Asked for its trace line only.
+            (void)typeBrowser.GetChildren(result.typeIdentifier);
+        }
+        child = typeBrowser.GetChildInfo(result.typeIdentifier, String(memberName));
+        const bool isPointer = (child.dataType & DataTypePointerBit) != 0;
+        if (isPointer && !variableKnown) {
+            ThrowPointerOutsideMemory(variableAddress, child.offset);
+        }
+        memberAddress = CalculateChildMemberAddress(variableAddress, child);
+        memberKnown = child.dataType != 0 && (isPointer ? memberAddress != nullptr : variableKnown);
+        if (endsMember) {
+            variableAddress = memberAddress;
+            variableKnown = memberKnown;
+        }
+        GetLogger().Trace("  browse: name={0}, address: {1}", memberName, Show(memberAddress));
+        result = DataInfo(DataTag(String(memberName), memberAddress, child.dataType, child.typeIdentifier, false));
+        GetLogger().Trace("   child: type={}, basetype={}, offset={}", child.typeIdentifier.GetFullName(),
+                          DataTypeEnum(child.dataType & DataTypeBaseMask), child.offset);
+    };
+
+    auto indexStep = [&](std::size_t position) {
+        const std::string digits = text.substr(indexStart, position - indexStart);
+        const long index = std::stol(digits, nullptr, 10);
+        indices.push_back(static_cast<unsigned long>(index));
+        memberName += "[" + digits + "]";
+        const unsigned long elementSize = child.size != 0 ? child.size : DataTypeEnum(child.dataType).GetSize();
+        elementOffset = CalculateArrayElementOffset(indices, child.GetArrayDimensions(), elementSize);
+        GetLogger().Trace("  browse: name={}, address={}+{}", memberName, Show(memberAddress), elementOffset);
+        if (child.dataType == 0) {
+            GetLogger().Error("Child type info is empty");
+            throw ArgumentException("Invalid variable path: Child type info is empty");
+        }
+        if (elementOffset + elementSize > ElementLimitFactor * elementSize) {
+            throw IndexOutOfRangeException("Port {0}/{1} out of range", parent.name,
+                                           remainder.substr(0, digits.size() + 1));
+        }
+        elementKnown = memberKnown && IsInsideDeclaredArray(child.GetArrayDimensions(), elementOffset, elementSize);
+        result = DataInfo(DataTag(String(memberName), Advance(memberAddress, elementOffset), child.dataType,
+                                  result.typeIdentifier, false));
+    };
+
+    bool finished = false;
+    for (std::size_t position = 0; !finished && position < text.size(); ++position) {
+        const char character = text[position];
+        switch (state) {
+        case PathParserState::ParseMembers:
+            if (character == '.') {
+                memberStep(position, character);
+                memberStart = position + 1;
+            } else if (character == '\0') {
+                memberStep(position, character);
+                finished = true;
+            } else if (character == '[') {
+                memberStep(position, character);
+                indexStart = position + 1;
+                state = PathParserState::ParseIndex;
+            } else if (character == ']') {
+                ThrowParseFailure(memberStart);
+            }
+            break;
+        case PathParserState::ParseIndex:
+            if (character >= '0' && character <= '9') {
+                // A digit of the index.
+            } else if (character == ']') {
+                indexStep(position);
+                state = PathParserState::ParseChildSwitch;
+            } else {
+                ThrowParseFailure(indexStart);
+            }
+            break;
+        case PathParserState::ParseChildSwitch:
+            if (character == '[') {
+                indexStart = position + 1;
+                state = PathParserState::ParseIndex;
+            } else if (character == '.') {
+                variableAddress = Advance(memberAddress, elementOffset);
+                variableKnown = elementKnown;
+                elementOffset = 0;
+                indices.clear();
+                memberStart = position + 1;
+                state = PathParserState::ParseMembers;
+            } else if (character == '\0') {
+                finished = true;
+            } else {
+                ThrowParseFailure(position);
+            }
+            break;
+        }
+    }
+
+    GetLogger().Debug("{0}.{1}: address={2}", parent.name, remainder, Show(result.address));
+    return result;
+}
+
+void DataBrowser::Add(Zon::System::Acf::IComponent& component)
+{
+    const String& name = component.GetComponentName();
+    if (providers.find(name) != providers.end()) {
+        return;
+    }
+    IMetaComponent* metaComponent = nullptr;
+    try {
+        metaComponent = &dynamic_cast<IMetaComponent&>(component);
+    } catch (const std::bad_cast&) {
+        GetLogger().Warning("Unable to register component. Needs to be derived from IComponent");
+        return;
+    }
+    GetLogger().Info("Add data info provider for {}", name);
+    providers.emplace(name, std::ref(metaComponent->GetDataInfoProvider(false)));
+}
+
+void DataBrowser::Remove(Zon::System::Acf::IComponent& component)
+{
+    const String& name = component.GetComponentName();
+    auto found = providers.find(name);
+    if (found == providers.end()) {
+        return;
+    }
+    GetLogger().Debug("Remove component {0}", name);
+    providers.erase(found);
+}
+
+unsigned long DataBrowser::CalculateArrayElementOffset(const std::vector<unsigned long>& indices,
+                                                       const ArrayDimensions& dimensions, unsigned long elementSize)
+{
+    unsigned long offset = 0;
+    for (std::size_t position = 0; position < indices.size(); ++position) {
+        unsigned long term = indices[position];
+        for (std::size_t later = position + 1; later < dimensions.size(); ++later) {
+            term *= dimensions[later].elementCount;
+        }
+        offset += term * elementSize;
+    }
+    return offset;
+}
+
+unsigned char* DataBrowser::CalculateChildMemberAddress(unsigned char* address, const ChildTypeInfo& child)
+{
+    if ((child.dataType & DataTypePointerBit) != 0) {
+        if (address == nullptr) {
+            ThrowPointerOutsideMemory(address, child.offset);
+        }
+        unsigned char* pointer = ReadPointer(Advance(address, child.offset));
+        GetLogger().Trace("   browse: pointer={}+{}, address={}", Show(address), child.offset, Show(pointer));
+        return pointer;
+    }
+    GetLogger().Trace("   browse: address={}+{}", Show(address), child.offset);
+    return Advance(address, child.offset);
+}
+
+} // namespace VarnixBase::Commons::Meta

@@ -1,0 +1,350 @@
+#include "Zon/Host/TypeLibrary.hpp"
+
+#include <algorithm>
+#include <map>
+#include <typeindex>
+#include <utility>
+#include <vector>
+
+#include "Zon/Enumerator.hpp"
+#include "Zon/System/Commons/ArgumentException.hpp"
+
+namespace Zon::Host {
+
+using Plc::Commons::DataType;
+using Plc::Commons::DataTypeEnum;
+using Plc::Commons::DataTypePointerBit;
+using Plc::Commons::Meta::ArrayDimensions;
+using Plc::Commons::Meta::ChildTypeInfo;
+using Plc::Commons::Meta::TypeIdentifier;
+using Plc::Commons::Meta::TypeInfo;
+using System::Commons::ArgumentException;
+
+/// One described type. Members are kept in a list that is replaced, never changed, when a member
+/// is added, so that enumerators handed out before keep a consistent view.
+struct TypeLibrary::Entry {
+    TypeInfo info;
+    bool isStruct = false;
+    const std::type_info* cppType = nullptr;
+    std::shared_ptr<const std::vector<ChildTypeInfo>> children = std::make_shared<const std::vector<ChildTypeInfo>>();
+};
+
+struct TypeLibrary::Impl {
+    String libraryName;
+    String namespaceName;
+    std::vector<std::unique_ptr<Entry>> entries;
+    std::map<std::type_index, Entry*> byCppType;
+    std::vector<const TypeLibrary*> used;
+    DataType nextUserCode = DataTypeEnum::FirstUserType;
+
+    Entry* FindByName(const String& name) const
+    {
+        for (const auto& entry : entries) {
+            if (entry->info.typeIdentifier.GetName() == name) {
+                return entry.get();
+            }
+        }
+        return nullptr;
+    }
+
+    Entry* Find(const TypeIdentifier& type) const
+    {
+        if (type.GetNamespace() != namespaceName) {
+            return nullptr;
+        }
+        return FindByName(type.GetName());
+    }
+
+    Entry* FindByCppType(const std::type_info& type) const
+    {
+        auto found = byCppType.find(std::type_index(type));
+        return found != byCppType.end() ? found->second : nullptr;
+    }
+
+    template <class T>
+    void AddBase(DataType code)
+    {
+        auto entry = std::make_unique<Entry>();
+        entry->info.dataType = code;
+        entry->info.typeIdentifier = TypeIdentifier(namespaceName, CommonTypeName<T>());
+        entry->info.size = 0;
+        entry->info.alignment = alignof(T);
+        entry->cppType = &typeid(T);
+        byCppType[std::type_index(typeid(T))] = entry.get();
+        entries.push_back(std::move(entry));
+    }
+};
+
+TypeLibrary::TypeLibrary(String libraryName, String namespaceName) : impl(std::make_unique<Impl>())
+{
+    impl->libraryName = std::move(libraryName);
+    impl->namespaceName = std::move(namespaceName);
+    impl->AddBase<bool>(DataTypeEnum::Boolean);
+    impl->AddBase<unsigned char>(DataTypeEnum::UInt8);
+    impl->AddBase<signed char>(DataTypeEnum::Int8);
+    impl->AddBase<char>(DataTypeEnum::Char8);
+    impl->AddBase<char16_t>(DataTypeEnum::Char16);
+    impl->AddBase<unsigned short>(DataTypeEnum::UInt16);
+    impl->AddBase<short>(DataTypeEnum::Int16);
+    impl->AddBase<unsigned int>(DataTypeEnum::UInt32);
+    impl->AddBase<int>(DataTypeEnum::Int32);
+    impl->AddBase<unsigned long>(DataTypeEnum::UInt64);
+    impl->AddBase<long>(DataTypeEnum::Int64);
+    impl->AddBase<float>(DataTypeEnum::Float32);
+    impl->AddBase<double>(DataTypeEnum::Float64);
+}
+
+TypeLibrary::~TypeLibrary() = default;
+
+TypeLibrary::Entry& TypeLibrary::AddTypeEntry(const std::type_info& cppType, const String& cppName, const String& name,
+                                              DataType code, std::uint64_t size, std::uint64_t alignment)
+{
+    if (code == 0 || code > 64) {
+        throw ArgumentException("Type '{0}' needs a base type code from 1 to 64, not {1}", name, code);
+    }
+    if (impl->FindByCppType(cppType) != nullptr) {
+        throw ArgumentException("Type '{0}' is already described in namespace '{1}'", cppName, impl->namespaceName);
+    }
+    if (impl->FindByName(name) != nullptr) {
+        throw ArgumentException("Type name '{0}' is already used in namespace '{1}'", name, impl->namespaceName);
+    }
+    auto entry = std::make_unique<Entry>();
+    entry->info.dataType = code;
+    entry->info.typeIdentifier = TypeIdentifier(impl->namespaceName, name);
+    entry->info.size = size;
+    entry->info.alignment = alignment;
+    entry->cppType = &cppType;
+    auto& result = *entry;
+    impl->byCppType[std::type_index(cppType)] = entry.get();
+    impl->entries.push_back(std::move(entry));
+    return result;
+}
+
+TypeLibrary::Entry& TypeLibrary::AddStructEntry(const std::type_info* cppType, const String& cppName,
+                                                const String& name, std::uint64_t size, std::uint64_t alignment)
+{
+    if (cppType != nullptr && impl->FindByCppType(*cppType) != nullptr) {
+        throw ArgumentException("Type '{0}' is already described in namespace '{1}'", cppName, impl->namespaceName);
+    }
+    if (impl->FindByName(name) != nullptr) {
+        throw ArgumentException("Type name '{0}' is already used in namespace '{1}'", name, impl->namespaceName);
+    }
+    if (impl->nextUserCode > DataTypeEnum::LastUserType) {
+        throw ArgumentException("No user type code is left in namespace '{0}' for type '{1}'", impl->namespaceName, name);
+    }
+    auto entry = std::make_unique<Entry>();
+    entry->info.dataType = impl->nextUserCode++;
+    entry->info.typeIdentifier = TypeIdentifier(impl->namespaceName, name);
+    entry->info.size = size;
+    entry->info.alignment = alignment;
+    entry->isStruct = true;
+    entry->cppType = cppType;
+    auto& result = *entry;
+    if (cppType != nullptr) {
+        impl->byCppType[std::type_index(*cppType)] = entry.get();
+    }
+    impl->entries.push_back(std::move(entry));
+    return result;
+}
+
+TypeLibrary::Entry& TypeLibrary::GetStructEntry(const std::type_info* cppType, const String& name)
+{
+    Entry* entry = cppType != nullptr ? impl->FindByCppType(*cppType) : impl->FindByName(name);
+    if (entry == nullptr || !entry->isStruct) {
+        throw ArgumentException("Structure '{0}' is not described in namespace '{1}'", name, impl->namespaceName);
+    }
+    return *entry;
+}
+
+StructDescription TypeLibrary::AddStruct(const String& name, std::uint64_t size, std::uint64_t alignment)
+{
+    return StructDescription(*this, AddStructEntry(nullptr, name, name, size, alignment));
+}
+
+StructDescription TypeLibrary::GetStruct(const String& name)
+{
+    return StructDescription(*this, GetStructEntry(nullptr, name));
+}
+
+bool TypeLibrary::RemoveType(const String& name)
+{
+    auto& entries = impl->entries;
+    auto found = std::find_if(entries.begin(), entries.end(),
+                              [&](const auto& entry) { return entry->info.typeIdentifier.GetName() == name; });
+    if (found == entries.end()) {
+        return false;
+    }
+    if ((*found)->cppType != nullptr) {
+        impl->byCppType.erase(std::type_index(*(*found)->cppType));
+    }
+    entries.erase(found);
+    return true;
+}
+
+TypeLibrary& TypeLibrary::Uses(const TypeLibrary& other)
+{
+    if (&other != this && std::find(impl->used.begin(), impl->used.end(), &other) == impl->used.end()) {
+        impl->used.push_back(&other);
+    }
+    return *this;
+}
+
+bool TypeLibrary::TryDescribe(const std::type_info& type, TypeInfo& result) const
+{
+    if (const Entry* entry = impl->FindByCppType(type)) {
+        result = entry->info;
+        return true;
+    }
+    for (const TypeLibrary* other : impl->used) {
+        if (const Entry* entry = other->impl->FindByCppType(type)) {
+            result = entry->info;
+            return true;
+        }
+    }
+    return false;
+}
+
+void TypeLibrary::ThrowNotDescribed(const String& cppName) const
+{
+    throw ArgumentException("Type '{0}' is not described in namespace '{1}'", cppName, impl->namespaceName);
+}
+
+TypeInfo TypeLibrary::GetTypeInfo(const String& name) const
+{
+    const Entry* entry = impl->FindByName(name);
+    return entry != nullptr ? entry->info : TypeInfo::Empty;
+}
+
+const String& TypeLibrary::GetLibraryName() const
+{
+    return impl->libraryName;
+}
+
+const char* TypeLibrary::GetNamespaceName() const
+{
+    return impl->namespaceName.CStr();
+}
+
+Plc::Commons::Meta::ITypeInfoProvider& TypeLibrary::GetTypeInfoProvider(bool /*reload*/)
+{
+    return *this;
+}
+
+IEnumerator<TypeInfo>::Ptr TypeLibrary::GetTypes()
+{
+    auto types = std::make_shared<std::vector<TypeInfo>>();
+    types->reserve(impl->entries.size());
+    for (const auto& entry : impl->entries) {
+        types->push_back(entry->info);
+    }
+    return Enumerator<TypeInfo>::Over(std::shared_ptr<const std::vector<TypeInfo>>(std::move(types)));
+}
+
+IEnumerator<ChildTypeInfo>::Ptr TypeLibrary::GetChildren(const TypeIdentifier& type)
+{
+    const Entry* entry = impl->Find(type);
+    if (entry == nullptr) {
+        return std::make_shared<Enumerator<ChildTypeInfo>::Empty>();
+    }
+    return Enumerator<ChildTypeInfo>::Over(entry->children);
+}
+
+TypeInfo TypeLibrary::GetTypeInfo(const TypeIdentifier& type)
+{
+    const Entry* entry = impl->Find(type);
+    return entry != nullptr ? entry->info : TypeInfo::Empty;
+}
+
+bool TypeLibrary::HasType(const TypeIdentifier& type)
+{
+    return impl->Find(type) != nullptr;
+}
+
+ChildTypeInfo TypeLibrary::GetChildInfo(const TypeIdentifier& type, const String& name)
+{
+    const Entry* entry = impl->Find(type);
+    if (entry != nullptr) {
+        for (const auto& child : *entry->children) {
+            if (child.name == name) {
+                return child;
+            }
+        }
+    }
+    return ChildTypeInfo::Empty;
+}
+
+// StructDescription -----------------------------------------------------------------------------
+
+StructDescription& StructDescription::MemberAt(const String& name, std::uint64_t offset, const TypeInfo& type)
+{
+    const TypeInfo& parent = entry->info;
+    if (type.dataType == 0) {
+        throw ArgumentException("Member '{0}' of type '{1}' has no type", name, parent.typeIdentifier.GetFullName());
+    }
+    for (const auto& child : *entry->children) {
+        if (child.name == name) {
+            throw ArgumentException("Member '{0}' is already described in type '{1}'", name,
+                                    parent.typeIdentifier.GetFullName());
+        }
+    }
+    // The bytes that the member takes inside the structure: a pointer, or its elements.
+    std::uint64_t footprint = sizeof(void*);
+    if ((type.dataType & DataTypePointerBit) == 0) {
+        footprint = type.GetEffectiveSize();
+        for (const auto& dimension : type.arrayDimensions) {
+            if (__builtin_mul_overflow(footprint, std::uint64_t{dimension.elementCount}, &footprint)) {
+                footprint = UINT64_MAX;
+                break;
+            }
+        }
+    }
+    if (offset > parent.size || footprint > parent.size - offset) {
+        throw ArgumentException("Member '{0}' at offset {1} with {2} bytes does not fit into type '{3}' of {4} bytes",
+                                name, offset, footprint, parent.typeIdentifier.GetFullName(), parent.size);
+    }
+    ChildTypeInfo child;
+    static_cast<TypeInfo&>(child) = type;
+    child.name = name;
+    child.offset = offset;
+    auto children = std::make_shared<std::vector<ChildTypeInfo>>(*entry->children);
+    children->push_back(std::move(child));
+    entry->children = std::move(children);
+    return *this;
+}
+
+TypeIdentifier StructDescription::GetTypeIdentifier() const
+{
+    return entry->info.typeIdentifier;
+}
+
+TypeInfo StructDescription::GetTypeInfo() const
+{
+    return entry->info;
+}
+
+TypeInfo StructDescription::WithDimensions(TypeInfo type, std::initializer_list<std::uint32_t> dimensions)
+{
+    if (dimensions.size() != 0) {
+        type.arrayDimensions.clear();
+        for (auto count : dimensions) {
+            type.arrayDimensions.push_back({count, 0});
+        }
+    }
+    return type;
+}
+
+void StructDescription::CheckDimensions(const String& name, std::initializer_list<std::uint32_t> dimensions,
+                                        std::uint64_t elementCount) const
+{
+    std::uint64_t product = 1;
+    for (auto count : dimensions) {
+        product *= count;
+    }
+    if (dimensions.size() == 0 || product != elementCount) {
+        throw ArgumentException("Dimensions of member '{0}' of type '{1}' cover {2} elements instead of {3}", name,
+                                entry->info.typeIdentifier.GetFullName(), dimensions.size() == 0 ? 0 : product,
+                                elementCount);
+    }
+}
+
+} // namespace Zon::Host
