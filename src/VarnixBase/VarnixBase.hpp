@@ -3,8 +3,19 @@
 // The VarnixBase library: every public header, so that an application can start with one include.
 // Written by scripts/umbrella.
 
+#include "VarnixBase/Commons/EnumDictionary.hpp"
+#include "VarnixBase/Commons/Gds/StaticStringAdapter.hpp"
 #include "VarnixBase/Commons/IExecutable.hpp"
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
+#include "VarnixBase/Commons/Meta/DataBrowser.hpp"
+#include "VarnixBase/Commons/Meta/DataFilter.hpp"
+#include "VarnixBase/Commons/Meta/FilterCombine.hpp"
+#include "VarnixBase/Commons/Meta/IDataBrowser.hpp"
+#include "VarnixBase/Commons/Meta/ITypeBrowser.hpp"
+#include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "VarnixBase/Commons/Meta/PathParserState.hpp"
+#include "VarnixBase/Commons/Meta/Type.hpp"
+#include "VarnixBase/Commons/Meta/TypeBrowser.hpp"
 #include "VarnixBase/Commons/Nm/VersionInformationPayload.hpp"
 #include "VarnixBase/Commons/Serialization/IReader.hpp"
 #include "VarnixBase/Commons/Serialization/IWriter.hpp"
@@ -24,6 +35,7 @@
 #include "VarnixBase/Core/PortSystem/Configuration/QualityProviderSettings.hpp"
 #include "VarnixBase/Core/PortSystem/Configuration/QualityProviderSettingsBase.hpp"
 #include "VarnixBase/Core/PortSystem/ConnectorProvider.hpp"
+#include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
 #include "VarnixBase/Core/PortSystem/IConfigurableProgram.hpp"
 #include "VarnixBase/Core/PortSystem/IConnector.hpp"
 #include "VarnixBase/Core/PortSystem/IParameter.hpp"
