@@ -155,4 +155,37 @@ std::string WaitForLine(const std::string& path, std::chrono::milliseconds limit
     return end == std::string::npos ? std::string() : text.substr(0, end);
 }
 
+DescriptorLimit::DescriptorLimit(int free)
+{
+    ::getrlimit(RLIMIT_NOFILE, &original);
+    std::set<int> open = OpenDescriptors();
+    rlim_t limit = 0;
+    int unused = 0;
+    while (unused < free) {
+        if (open.count(static_cast<int>(limit)) == 0) {
+            ++unused;
+        }
+        ++limit;
+    }
+    rlimit lowered = original;
+    lowered.rlim_cur = limit;
+    ::setrlimit(RLIMIT_NOFILE, &lowered);
+}
+
+DescriptorLimit::~DescriptorLimit()
+{
+    ::setrlimit(RLIMIT_NOFILE, &original);
+}
+
+CurrentDirectory::CurrentDirectory(const std::filesystem::path& directory) : previous(std::filesystem::current_path())
+{
+    std::filesystem::current_path(directory);
+}
+
+CurrentDirectory::~CurrentDirectory()
+{
+    std::error_code error;
+    std::filesystem::current_path(previous, error);
+}
+
 } // namespace VarnixTest

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <chrono>
+#include <filesystem>
 #include <cstddef>
 #include <functional>
 #include <set>
@@ -39,5 +41,30 @@ std::string ReadFileText(const std::string& path);
 /// Polls until `path` holds a complete line (ending in a newline) or `limit` has passed; the line
 /// without its newline, or an empty text.
 std::string WaitForLine(const std::string& path, std::chrono::milliseconds limit);
+
+/// Lowers the soft limit of open descriptors so that exactly `free` descriptor numbers are left
+/// for new descriptors, and restores the limit when it goes.
+class DescriptorLimit {
+public:
+    explicit DescriptorLimit(int free);
+    ~DescriptorLimit();
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+private:
+    rlimit original{};
+};
+
+/// Makes `directory` the current directory and goes back to the previous one when it goes.
+class CurrentDirectory {
+public:
+    explicit CurrentDirectory(const std::filesystem::path& directory);
+    ~CurrentDirectory();
+    CurrentDirectory(const CurrentDirectory&) = delete;
+    CurrentDirectory& operator=(const CurrentDirectory&) = delete;
+
+private:
+    std::filesystem::path previous;
+};
 
 } // namespace VarnixTest

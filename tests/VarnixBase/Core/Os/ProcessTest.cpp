@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -157,53 +156,10 @@ private:
     int saved = -1;
 };
 
-/// Lowers the soft limit of open descriptors so that exactly `free` descriptor numbers are left,
-/// and restores the limit at the end.
-class DescriptorLimit {
-public:
-    explicit DescriptorLimit(int free)
-    {
-        ::getrlimit(RLIMIT_NOFILE, &original);
-        std::set<int> open = VarnixTest::OpenDescriptors();
-        rlim_t limit = 0;
-        int unused = 0;
-        while (unused < free) {
-            if (open.count(static_cast<int>(limit)) == 0) {
-                ++unused;
-            }
-            ++limit;
-        }
-        rlimit lowered = original;
-        lowered.rlim_cur = limit;
-        ::setrlimit(RLIMIT_NOFILE, &lowered);
-    }
-    ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &original); }
-    DescriptorLimit(const DescriptorLimit&) = delete;
-    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
-
-private:
-    rlimit original{};
-};
-
-/// Changes the current directory and goes back at the end.
-class CurrentDirectory {
-public:
-    explicit CurrentDirectory(const std::filesystem::path& directory) : previous(std::filesystem::current_path())
-    {
-        std::filesystem::current_path(directory);
-    }
-    ~CurrentDirectory() { std::filesystem::current_path(previous); }
-    CurrentDirectory(const CurrentDirectory&) = delete;
-    CurrentDirectory& operator=(const CurrentDirectory&) = delete;
-
-private:
-    std::filesystem::path previous;
-};
-
 std::string StartFailure(int freeDescriptors)
 {
     Process process;
-    DescriptorLimit limit(freeDescriptors);
+    VarnixTest::DescriptorLimit limit(freeDescriptors);
     try {
         process.Start("true", "/");
     } catch (const std::runtime_error& error) {
@@ -393,7 +349,7 @@ TEST_F(ProcessTest, TheChildRunsInTheGivenWorkingDirectory)
 TEST_F(ProcessTest, WithoutADirectoryTheChildRunsInTheCallersCurrentDirectory)
 {
     VarnixTest::TempDir directory;
-    CurrentDirectory change(directory.Path());
+    VarnixTest::CurrentDirectory change(directory.Path());
     Process process;
     process.Start("pwd");
     EXPECT_EQ(ReadAllStdOut(process), std::filesystem::canonical(directory.Path()).string() + "\n");
@@ -405,7 +361,7 @@ TEST_F(ProcessTest, WithoutADirectoryACurrentDirectoryThatIsGoneRaisesALogicErro
     VarnixTest::TempDir directory;
     std::filesystem::path gone = directory.Path() / "gone";
     std::filesystem::create_directory(gone);
-    CurrentDirectory change(gone);
+    VarnixTest::CurrentDirectory change(gone);
     std::filesystem::remove(gone);
     std::set<int> before = VarnixTest::OpenDescriptors();
     Process process;
