@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <exception>
 #include <filesystem>
 #include <set>
 #include <stdexcept>
@@ -316,16 +317,23 @@ TEST_F(CommandTest, CancelFromAnotherThreadEndsTheCommandButExecuteSleepsOutItsL
 
 TEST_F(CommandTest, AFailureOnTheCommandThreadRunsIntoTheLimit)
 {
+    // The command thread cannot name the current directory, so its Start fails.
+    std::filesystem::path gone = root.Path() / "gone";
+    std::filesystem::create_directory(gone);
     Command command;
     std::string outcome;
     {
-        // The command thread cannot make its first pipe.
-        VarnixTest::DescriptorLimit limit(1);
+        VarnixTest::CurrentDirectory change(gone);
+        std::filesystem::remove(gone);
         outcome = RuntimeErrorOf([&] { command.Execute("printf never", 1s); });
     }
     EXPECT_EQ(outcome, "Timeout");
-    EXPECT_EQ(Capture().Count(LogLevel::Error, "Thread 'Command' ended by an exception: Failed to open StdIn"), 1u);
+    EXPECT_EQ(Capture().Count(LogLevel::Error,
+                              "Thread 'Command' ended by an exception: basic_string: construction from null is not valid"),
+              1u);
     EXPECT_EQ(command.GetStdOut(), "");
+    EXPECT_FALSE(command.HasCommandThread());
+    EXPECT_TRUE(VarnixTest::ChildProcesses().empty());
 }
 
 TEST_F(CommandTest, AFailingStartPassesItsExceptionThrough)
@@ -333,12 +341,23 @@ TEST_F(CommandTest, AFailingStartPassesItsExceptionThrough)
     std::set<int> descriptorsBefore = VarnixTest::OpenDescriptors();
     Command command;
     command.Execute("printf kept");
-    std::string outcome;
+    std::exception_ptr failure;
     {
+        // Room for the standard-input pipe only. The exception is looked at after the limit is
+        // lifted again.
         VarnixTest::DescriptorLimit limit(3);
-        outcome = RuntimeErrorOf([&] { command.Execute("printf never"); });
+        try {
+            command.Execute("printf never");
+        } catch (...) {
+            failure = std::current_exception();
+        }
     }
-    EXPECT_EQ(outcome, "Failed to open StdOut");
+    EXPECT_EQ(RuntimeErrorOf([&] {
+                  if (failure) {
+                      std::rethrow_exception(failure);
+                  }
+              }),
+              "Failed to open StdOut");
     EXPECT_EQ(command.GetStdOut(), "kept");
     EXPECT_EQ(VarnixTest::OpenDescriptors(), descriptorsBefore);
 }

@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <iterator>
 #include <memory>
@@ -156,16 +157,30 @@ private:
     int saved = -1;
 };
 
+/// The message with which `Start` fails when only `freeDescriptors` descriptor numbers are left.
+/// The exception is looked at only after the limit is lifted again.
 std::string StartFailure(int freeDescriptors)
 {
     Process process;
-    VarnixTest::DescriptorLimit limit(freeDescriptors);
+    std::exception_ptr failure;
+    {
+        VarnixTest::DescriptorLimit limit(freeDescriptors);
+        try {
+            process.Start("true", "/");
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    }
+    if (!failure) {
+        return "no failure";
+    }
     try {
-        process.Start("true", "/");
+        std::rethrow_exception(failure);
     } catch (const std::runtime_error& error) {
         return error.what();
+    } catch (...) {
     }
-    return "no failure";
+    return "another failure";
 }
 
 } // namespace
