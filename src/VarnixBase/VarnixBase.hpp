@@ -4,4 +4,7 @@
 // Written by scripts/umbrella.
 
 #include "VarnixBase/Core/Info/Info.hpp"
+#include "VarnixBase/Core/Os/Command.hpp"
+#include "VarnixBase/Core/Os/Process.hpp"
 #include "VarnixBase/Core/Os/ShutdownFlags.hpp"
+#include "VarnixBase/Core/Os/Threading/ThreadPool.hpp"

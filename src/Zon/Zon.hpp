@@ -36,3 +36,6 @@
 #include "Zon/System/Commons/Io/Path.hpp"
 #include "Zon/System/Commons/NotImplementedException.hpp"
 #include "Zon/System/Commons/ParseException.hpp"
+#include "Zon/System/Commons/Threading/Mutex.hpp"
+#include "Zon/System/Commons/Threading/Thread.hpp"
+#include "Zon/System/Commons/Threading/ThreadSettings.hpp"
