@@ -278,13 +278,15 @@ TEST_F(CommandTest, TheTimeLimitedExecuteLeavesItsCallerAsynchronouslyCancelable
 {
     int typeAfterwards = -1;
     int typeBefore = -1;
+    std::string outcome;
     std::thread caller([&] {
         pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &typeBefore);
         Command command;
-        command.Execute("sleep 1", 60s);
+        outcome = RuntimeErrorOf([&] { command.Execute("sleep 1", 60s); });
         pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &typeAfterwards);
     });
     caller.join();
+    EXPECT_EQ(outcome, "no exception");
     EXPECT_EQ(typeBefore, PTHREAD_CANCEL_DEFERRED);
     EXPECT_EQ(typeAfterwards, PTHREAD_CANCEL_ASYNCHRONOUS);
     int own = -1;
