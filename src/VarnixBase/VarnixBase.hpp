@@ -58,3 +58,4 @@
 #include "VarnixBase/Core/QualitySystem/Quality.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityFlags.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityState.hpp"
+#include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
