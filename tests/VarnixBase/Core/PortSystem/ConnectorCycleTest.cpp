@@ -1,19 +1,19 @@
-// The cycle path of connectors: `Execute` of a copy, a scale and a text connector, with the
-// change event delivering to a qualified end port, allocates nothing and takes no lock.
+// The cycle path of connectors between ports published through the host: `Execute` of a copy, a
+// scale and a text connector, with the change event delivering to the qualified end ports,
+// allocates nothing and takes no lock.
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include <gtest/gtest.h>
 
 #include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
 #include "VarnixBase/Core/PortSystem/IPort.hpp"
-#include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityFlags.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityState.hpp"
 #include "Zon/DateTime.hpp"
 #include "Zon/Host/Clock.hpp"
-#include "Zon/Plc/Commons/Meta/DynamicPortsBuilder.hpp"
 #include "support/ResourceCounter.hpp"
 
 #include "ConnectorTestSupport.hpp"
@@ -30,66 +30,52 @@ using Zon::Host::Clock;
 
 namespace {
 
-class ConnectorCycleTest : public ConnectorFixture {
+class ConnectorCycleTest : public PublishedPortsFixture {
 protected:
     void SetUp() override
     {
-        ConnectorFixture::SetUp();
+        PublishedPortsFixture::SetUp();
         Clock::UseVirtual(DateTime::FromUnixTimeMicroseconds(Start));
     }
     void TearDown() override
     {
         Clock::UseReal();
-        ConnectorFixture::TearDown();
+        PublishedPortsFixture::TearDown();
     }
 
-    /// Publishes `port` and declares its record as the root variable `name` of "Conn", typed as
-    /// `typeName` of the test library: "Conn/<name>.Value" is then the port's value.
-    template <class T>
-    void Declare(QualifiedPort<T>& port, const char* name, const char* typeName)
+    /// A connector of `type` between the start port of `I` and the end port of `O`, with the end
+    /// port subscribed to its event as the program builder subscribes it.
+    template <class I, class O>
+    std::shared_ptr<IConnector> Connect(const char* type)
     {
-        port.Publish(builder);
-        component.AddVariable(String(name), builder.GetEntries().back().address,
-                              library.GetTypeInfo(String(typeName)));
+        auto connector =
+            ConnectorFactory::GetInstance().Create(String(type), String("c"), StartPortPath<I>(), EndPortPath<O>());
+        IPort* end = Ports<O>().out.get();
+        connector->changed += Zon::make_delegate(end, &IPort::OnChange);
+        return connector;
     }
 
-    static std::shared_ptr<IConnector> Create(const char* type, const String& start, const char* end)
+    static void Set(IConnector& connector, const char* name, const char* literal)
     {
-        return ConnectorFactory::GetInstance().Create(String(type), String("c"), start, String(end));
-    }
-
-    static void Subscribe(IConnector& connector, IPort& end)
-    {
-        connector.changed += Zon::make_delegate(&end, &IPort::OnChange);
+        connector.GetParameterProvider().GetParameter(String(name))->SetValueByString(String(literal));
     }
 
     static constexpr std::int64_t Start = 1'700'000'000'000'000;
-    Zon::Plc::Commons::Meta::DynamicPortsBuilder builder;
 };
 
 } // namespace
 
 TEST_F(ConnectorCycleTest, ExecuteOfCopyScaleAndShortTextConnectorsWithQualifiedEndPortsAllocatesNothingAndTakesNoLock)
 {
-    QualifiedPort<int> count("count", 1);
-    QualifiedPort<double> level("level", 1);
-    QualifiedPort<Narrow80> status("status", 1);
-    Declare(count, "Count", "TestQualifiedInt");
-    Declare(level, "Level", "TestQualifiedDouble");
-    Declare(status, "Status", "TestQualifiedText");
-
-    auto copy = Create("copy", InPath<short>(), "Conn/Count.Value");
-    auto scale = Create("scale", InPath<int>(), "Conn/Level.Value");
-    auto text = Create("copy", InPath<NarrowText>(), "Conn/Status.Value");
-    scale->GetParameterProvider().GetParameter(String("gain"))->SetValueByString(String("0.5"));
+    auto copy = Connect<short, int>("copy");
+    auto scale = Connect<int, double>("scale");
+    auto text = Connect<NarrowText, NarrowText>("copy");
+    Set(*scale, "gain", "0.5");
     scale->AddQualityProvider(std::make_shared<FixedQualityProvider>(MakeQuality(QualityState::Questionable)));
-    Subscribe(*copy, count);
-    Subscribe(*scale, level);
-    Subscribe(*text, status);
 
-    in.s = -7;
-    in.i = 9;
-    in.text = Narrow80("short text");
+    Ports<short>().in->SetValue(-7);
+    Ports<int>().in->SetValue(9);
+    Ports<NarrowText>().in->SetValue(Narrow80("short text"));
     Clock::Set(DateTime::FromUnixTimeMicroseconds(Start + 10));
     {
         VarnixTest::ResourceCounter counter;
@@ -99,36 +85,37 @@ TEST_F(ConnectorCycleTest, ExecuteOfCopyScaleAndShortTextConnectorsWithQualified
         EXPECT_EQ(counter.Allocations(), 0u);
         EXPECT_EQ(counter.Locks(), 0u);
     }
-    EXPECT_EQ(count.GetValue(), -7);
-    EXPECT_EQ(level.GetValue(), 4.5);
-    EXPECT_EQ(std::string(status.GetValue().data), "short text");
-    EXPECT_EQ(count.GetQuality(), MakeQuality(QualityState::Good));
-    EXPECT_EQ(level.GetQuality(), MakeQuality(QualityState::Questionable));
-    // The invert path with a zero gain is on the cycle path too.
-    scale->GetParameterProvider().GetParameter(String("invert"))->SetValueByString(String("true"));
-    scale->GetParameterProvider().GetParameter(String("gain"))->SetValueByString(String("0.0"));
+    EXPECT_EQ(Ports<int>().out->GetValue(), -7);
+    EXPECT_EQ(Ports<double>().out->GetValue(), 4.5);
+    EXPECT_EQ(std::string(Ports<NarrowText>().out->GetValue().data), "short text");
+    EXPECT_EQ(Ports<int>().out->GetQuality(), MakeQuality(QualityState::Good));
+    EXPECT_EQ(Ports<double>().out->GetQuality(), MakeQuality(QualityState::Questionable));
+
+    // The inverted path with a zero gain is on the cycle path too.
+    Set(*scale, "invert", "true");
+    Set(*scale, "gain", "0.0");
     {
         VarnixTest::ResourceCounter counter;
         scale->Execute();
         EXPECT_EQ(counter.Allocations(), 0u);
         EXPECT_EQ(counter.Locks(), 0u);
     }
-    EXPECT_EQ(level.GetValue(), 1.7976931348623157e308);
+    EXPECT_EQ(Ports<double>().out->GetValue(), 1.7976931348623157e308);
 }
 
-TEST_F(ConnectorCycleTest, AQualifiedEndPortTakesTheTimeStampAndTheConnectorsQualityButNotTheScaleLimitsInvalid)
+TEST_F(ConnectorCycleTest, AQualifiedEndPortTakesTheTimeStampAndTheConnectorsQualityButNotTheInvalidOfAZeroGain)
 {
-    QualifiedPort<double> level("level", 1);
-    Declare(level, "Level", "TestQualifiedDouble");
-    auto scale = Create("scale", InPath<double>(), "Conn/Level.Value");
+    auto scale = Connect<double, double>("scale");
     scale->AddQualityProvider(std::make_shared<FixedQualityProvider>(MakeQuality(QualityState::Good, QualityFlags::Test)));
-    scale->GetParameterProvider().GetParameter(String("invert"))->SetValueByString(String("true"));
-    scale->GetParameterProvider().GetParameter(String("gain"))->SetValueByString(String("0.0"));
-    Subscribe(*scale, level);
+    Set(*scale, "invert", "true");
+    Set(*scale, "gain", "0.0");
     Clock::Set(DateTime::FromUnixTimeMicroseconds(Start + 42));
     scale->Execute();
-    EXPECT_EQ(level.GetValue(), 1.7976931348623157e308);
-    EXPECT_EQ(level.GetQuality(), MakeQuality(QualityState::Good, QualityFlags::Test));
-    const auto* record = static_cast<const QualifiedDouble*>(builder.GetEntries().back().address);
-    EXPECT_EQ(record->timestamp, Start + 42);
+    auto& end = *Ports<double>().out;
+    EXPECT_EQ(end.GetValue(), 1.7976931348623157e308);
+    EXPECT_EQ(end.GetQuality(), MakeQuality(QualityState::Good, QualityFlags::Test));
+    auto stamp = VarnixBase::Commons::Meta::MetaInfoProvider::GetInstance().GetDataBrowser().GetDataInfo(
+        String("App/Main.out_Float64.Timestamp"));
+    ASSERT_NE(stamp.address, nullptr);
+    EXPECT_EQ(*static_cast<const std::int64_t*>(stamp.address), Start + 42);
 }

@@ -11,23 +11,35 @@
 //   "Conn/Port"               a `StringPort_s`
 //   "Conn/Tiny"               a narrow fixed string of capacity 4
 //   "Conn/Start"              a qualified `int` (time stamp, quality, value)
+//
+// `PublishedPortsFixture` adds ports published through the host as the program instance
+// "App/Main": for each connector value type a plain start port "in_<member>" and a qualified end
+// port "out_<member>", so that "App/Main.in_Int32" and "App/Main.out_Int32.Value" resolve to the
+// ports' own memory.
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <tuple>
 #include <type_traits>
 
 #include <gtest/gtest.h>
 
 #include "VarnixBase/Commons/Gds/StaticStringAdapter.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "VarnixBase/Core/PortSystem/Port.hpp"
+#include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "VarnixBase/Core/QualitySystem/Quality.hpp"
+#include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
 #include "VarnixBase/Example/StringPort_s.hpp"
 #include "Zon/BasicString.hpp"
 #include "Zon/Host/Component.hpp"
+#include "Zon/Host/PortPublisher.hpp"
 #include "Zon/Host/StructBuilder.hpp"
 #include "Zon/Host/TypeLibrary.hpp"
 #include "Zon/Plc/Commons/Gds/StaticString.hpp"
+#include "Zon/Plc/Commons/Meta/DynamicPortsBuilder.hpp"
 #include "support/HostFixture.hpp"
 
 namespace ConnectorTest {
@@ -63,8 +75,6 @@ struct Settings {
 };
 
 using QualifiedInt = VarnixBase::Core::QualitySystem::QualifiedValue<int>;
-using QualifiedDouble = VarnixBase::Core::QualitySystem::QualifiedValue<double>;
-using QualifiedText = VarnixBase::Core::QualitySystem::QualifiedValue<Narrow80>;
 
 /// The member name of the value type `T` in `Ends`.
 template <class T>
@@ -151,14 +161,6 @@ inline void DescribeTypes(Zon::Host::TypeLibrary& library)
         .Member("Timestamp", &QualifiedInt::timestamp)
         .Member("Quality", &QualifiedInt::quality)
         .Member("Value", &QualifiedInt::value);
-    library.AddStruct<QualifiedDouble>("TestQualifiedDouble")
-        .Member("Timestamp", &QualifiedDouble::timestamp)
-        .Member("Quality", &QualifiedDouble::quality)
-        .Member("Value", &QualifiedDouble::value);
-    library.AddStruct<QualifiedText>("TestQualifiedText")
-        .Member("Timestamp", &QualifiedText::timestamp)
-        .Member("Quality", &QualifiedText::quality)
-        .Member("Value", &QualifiedText::value);
     // Under its common type name, so that it meets the connector classes on it.
     library.AddStruct<VarnixBase::Example::StringPort_s>()
         .Member("text", &VarnixBase::Example::StringPort_s::text)
@@ -207,6 +209,95 @@ protected:
     /// Lies right behind `tiny`, to show that nothing writes past its end.
     unsigned char guard[8] = {0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5, 0xA5};
     QualifiedInt start{};
+};
+
+/// The value type of a port on which connectors of value type `T` work: `T` itself, and for
+/// texts the fixed strings of 80 units.
+template <class T>
+struct PortValueOf {
+    using type = T;
+};
+template <>
+struct PortValueOf<NarrowText> {
+    using type = Narrow80;
+};
+template <>
+struct PortValueOf<WideText> {
+    using type = Wide80;
+};
+
+/// The start port and the end port of value type `T`.
+template <class T>
+struct PortPair {
+    using Value = typename PortValueOf<T>::type;
+    std::shared_ptr<VarnixBase::Core::PortSystem::Port<Value>> in;
+    std::shared_ptr<VarnixBase::Core::PortSystem::QualifiedPort<Value>> out;
+};
+
+/// "App/Main.in_<member of T>", a plain port.
+template <class T>
+String StartPortPath()
+{
+    return String("App/Main.in_") + MemberName<T>();
+}
+
+/// "App/Main.out_<member of T>.Value", the value of a qualified port.
+template <class T>
+String EndPortPath()
+{
+    return String("App/Main.out_") + MemberName<T>() + ".Value";
+}
+
+/// `ConnectorFixture` with ports of every connector value type published through the host as the
+/// program instance "App/Main", registered with the meta info provider from `SetUp` to `TearDown`.
+class PublishedPortsFixture : public ConnectorFixture {
+public:
+    /// The ports of value type `T`.
+    template <class T>
+    PortPair<T>& Ports()
+    {
+        return std::get<PortPair<T>>(ports);
+    }
+
+protected:
+    void SetUp() override
+    {
+        ConnectorFixture::SetUp();
+        VarnixBase::Core::QualitySystem::DescribeQualityTypes(appLibrary);
+        Zon::Plc::Commons::Meta::DynamicPortsBuilder builder;
+        std::apply([&builder](auto&... pair) { (Create(pair, builder), ...); }, ports);
+        appComponent = &publisher.Publish(String("App/Main"), builder);
+        Provider().Add(*appComponent);
+        Capture().Clear();
+    }
+
+    void TearDown() override
+    {
+        if (appComponent != nullptr) {
+            Provider().Remove(*appComponent);
+        }
+        ConnectorFixture::TearDown();
+    }
+
+private:
+    template <class T>
+    static void Create(PortPair<T>& pair, Zon::Plc::Commons::Meta::DynamicPortsBuilder& builder)
+    {
+        using Value = typename PortPair<T>::Value;
+        pair.in = std::make_shared<VarnixBase::Core::PortSystem::Port<Value>>(String("in_") + MemberName<T>(), 1);
+        pair.out =
+            std::make_shared<VarnixBase::Core::PortSystem::QualifiedPort<Value>>(String("out_") + MemberName<T>(), 1);
+        pair.in->Publish(builder);
+        pair.out->Publish(builder);
+    }
+
+    Zon::Host::TypeLibrary appLibrary{"App", "App"};
+    Zon::Host::PortPublisher publisher{appLibrary};
+    Zon::Host::Component* appComponent = nullptr;
+    std::tuple<PortPair<bool>, PortPair<signed char>, PortPair<unsigned char>, PortPair<short>,
+               PortPair<unsigned short>, PortPair<int>, PortPair<unsigned int>, PortPair<long>,
+               PortPair<unsigned long>, PortPair<float>, PortPair<double>, PortPair<NarrowText>, PortPair<WideText>>
+        ports;
 };
 
 } // namespace ConnectorTest

@@ -12,6 +12,7 @@
 #include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/MapTypeInfo.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/OrderedArrayMap.hpp"
+#include "VarnixBase/Core/PortSystem/IPort.hpp"
 #include "VarnixBase/Core/PortSystem/ScaleConnector.hpp"
 #include "VarnixBase/Example/DemoStringConnector.hpp"
 #include "Zon/CommonTypeName.hpp"
@@ -71,13 +72,14 @@ I SampleOf()
 }
 
 /// One built-in pair: the connector type and the two type names it is registered under, and how
-/// to create it through the factory, execute it once and check the value that arrives.
+/// to create it through the factory between two published ports, execute it once and check the
+/// value that arrives at the end port.
 struct PairCase {
     std::string type;
     std::string inputType;
     std::string outputType;
     std::string label;
-    void (*run)(Ends& in, Ends& out);
+    void (*run)(PublishedPortsFixture& ports);
 };
 
 /// Names a pair in test output.
@@ -86,15 +88,26 @@ void PrintTo(const PairCase& pair, std::ostream* stream)
     *stream << pair.label;
 }
 
-template <class I, class O>
-void RunCopy(Ends& in, Ends& out)
+/// Creates a connector of `type` from the start port of `I` to the end port of `O`, subscribes
+/// the end port to its event as the program builder does, and executes it once.
+template <class I, class O, class Expected>
+std::shared_ptr<IConnector> CreateAndExecute(PublishedPortsFixture& ports, const char* type)
 {
-    const I sample = SampleOf<I>();
-    Slot<I>(in) = sample;
-    auto connector = Factory().Create(String("copy"), String("pair"), InPath<I>(), OutPath<O>());
-    ASSERT_NE((dynamic_cast<CopyConnector<I, O>*>(connector.get())), nullptr);
+    auto connector = Factory().Create(String(type), String("pair"), StartPortPath<I>(), EndPortPath<O>());
+    EXPECT_NE(dynamic_cast<Expected*>(connector.get()), nullptr);
     EXPECT_EQ(connector->GetName(), String("pair"));
+    auto& end = *ports.Ports<O>().out;
+    connector->changed += Zon::make_delegate(static_cast<IPort*>(&end), &IPort::OnChange);
     connector->Execute();
+    EXPECT_EQ(end.GetQuality(), VarnixBase::Core::QualitySystem::Quality{});
+    return connector;
+}
+
+template <class I, class O>
+void RunCopy(PublishedPortsFixture& ports)
+{
+    ports.Ports<I>().in->SetValue(SampleOf<I>());
+    CreateAndExecute<I, O, CopyConnector<I, O>>(ports, "copy");
     O expected{};
     if constexpr (std::is_same_v<O, bool>) {
         expected = true;
@@ -103,46 +116,45 @@ void RunCopy(Ends& in, Ends& out)
     } else {
         expected = static_cast<O>(20 + IndexOf<I>(NumericTypes{}));
     }
-    EXPECT_EQ(Slot<O>(out), expected);
+    EXPECT_EQ(ports.Ports<O>().out->GetValue(), expected);
 }
 
 template <class I, class O>
-void RunScale(Ends& in, Ends& out)
+void RunScale(PublishedPortsFixture& ports)
 {
-    const I sample = SampleOf<I>();
-    Slot<I>(in) = sample;
-    auto connector = Factory().Create(String("scale"), String("pair"), InPath<I>(), OutPath<O>());
+    ports.Ports<I>().in->SetValue(SampleOf<I>());
+    auto connector = Factory().Create(String("scale"), String("pair"), StartPortPath<I>(), EndPortPath<O>());
     ASSERT_NE((dynamic_cast<ScaleConnector<I, O>*>(connector.get())), nullptr);
     connector->GetParameterProvider().GetParameter(String("gain"))->SetValueByString(String("2.0"));
     connector->GetParameterProvider().GetParameter(String("offset"))->SetValueByString(String("1.0"));
+    auto& end = *ports.Ports<O>().out;
+    connector->changed += Zon::make_delegate(static_cast<IPort*>(&end), &IPort::OnChange);
     connector->Execute();
-    EXPECT_EQ(Slot<O>(out), static_cast<O>(2 * (20 + IndexOf<I>(NumericTypes{})) + 1));
+    EXPECT_EQ(end.GetValue(), static_cast<O>(2 * (20 + IndexOf<I>(NumericTypes{})) + 1));
 }
 
-void RunNarrowText(Ends& in, Ends& out)
+void RunNarrowText(PublishedPortsFixture& ports)
 {
-    in.text = Narrow80("tank full");
-    auto connector = Factory().Create(String("copy"), String("pair"), InPath<NarrowText>(), OutPath<NarrowText>());
-    ASSERT_NE((dynamic_cast<CopyConnector<NarrowText, NarrowText>*>(connector.get())), nullptr);
-    connector->Execute();
-    EXPECT_EQ(out.text.length, 9u);
-    EXPECT_STREQ(out.text.data, "tank full");
+    ports.Ports<NarrowText>().in->SetValue(Narrow80("tank full"));
+    CreateAndExecute<NarrowText, NarrowText, CopyConnector<NarrowText, NarrowText>>(ports, "copy");
+    auto value = ports.Ports<NarrowText>().out->GetValue();
+    EXPECT_EQ(value.length, 9u);
+    EXPECT_STREQ(value.data, "tank full");
 }
 
-void RunWideText(Ends& in, Ends& out)
+void RunWideText(PublishedPortsFixture& ports)
 {
     // Read through the 8-bit view, u"ok" is "o".
-    in.wide = Wide80(u"ok");
-    auto connector = Factory().Create(String("copy"), String("pair"), InPath<WideText>(), OutPath<WideText>());
-    ASSERT_NE((dynamic_cast<CopyConnector<WideText, WideText>*>(connector.get())), nullptr);
-    connector->Execute();
-    EXPECT_EQ(out.wide.length, 1u);
-    EXPECT_EQ(out.wide.data[0], u'o');
-    EXPECT_EQ(out.wide.data[1], u'\0');
+    ports.Ports<WideText>().in->SetValue(Wide80(u"ok"));
+    CreateAndExecute<WideText, WideText, CopyConnector<WideText, WideText>>(ports, "copy");
+    auto value = ports.Ports<WideText>().out->GetValue();
+    EXPECT_EQ(value.length, 1u);
+    EXPECT_EQ(value.data[0], u'o');
+    EXPECT_EQ(value.data[1], u'\0');
 }
 
 template <class I, class O>
-PairCase MakeCase(const char* type, void (*run)(Ends&, Ends&))
+PairCase MakeCase(const char* type, void (*run)(PublishedPortsFixture&))
 {
     return PairCase{type, TypeName<I>(), TypeName<O>(),
                     std::string(type) + "_" + MemberName<I>() + "_to_" + MemberName<O>(), run};
@@ -171,7 +183,7 @@ std::vector<PairCase> BuiltInPairs()
     return cases;
 }
 
-class ConnectorFactoryTest : public ConnectorFixture {
+class ConnectorFactoryTest : public PublishedPortsFixture {
 protected:
     /// The message of the `InvalidConfigException` that `Create` throws.
     static std::string CreateFailure(const char* type, const String& startPort, const String& endPort)
@@ -204,9 +216,9 @@ class ConnectorFactoryPairTest : public ConnectorFactoryTest, public ::testing::
 
 } // namespace
 
-TEST_P(ConnectorFactoryPairTest, CreateReachesTheBuiltInPairAndItsConnectorConverts)
+TEST_P(ConnectorFactoryPairTest, CreateReachesTheBuiltInPairBetweenPublishedPortsAndItsConnectorConverts)
 {
-    GetParam().run(in, out);
+    GetParam().run(*this);
 }
 
 INSTANTIATE_TEST_SUITE_P(BuiltIn, ConnectorFactoryPairTest, ::testing::ValuesIn(BuiltInPairs()),
@@ -265,7 +277,7 @@ TEST_F(ConnectorFactoryTest, EveryBuiltInPairIsReachedThoughTheOrderedSearchOfTh
     // Each of those pairs creates its connector all the same.
     for (const auto& pair : missed) {
         SCOPED_TRACE(pair.label);
-        pair.run(in, out);
+        pair.run(*this);
     }
 }
 
@@ -457,7 +469,7 @@ TEST_F(ConnectorFactoryTest, RemoveFactoryMethodOfScaleRemovesAllItsPairsAndLeav
     for (const auto& pair : BuiltInPairs()) {
         if (pair.type == "copy") {
             SCOPED_TRACE(pair.label);
-            pair.run(in, out);
+            pair.run(*this);
         }
     }
 }
