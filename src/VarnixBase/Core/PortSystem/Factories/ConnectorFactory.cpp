@@ -9,6 +9,7 @@
 #include "VarnixBase/Commons/Gds/StaticStringAdapter.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "VarnixBase/Core/PortSystem/CopyConnector.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/OrderedArrayMap.hpp"
 #include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
 #include "VarnixBase/Core/PortSystem/ScaleConnector.hpp"
 
@@ -44,8 +45,10 @@ void AddMatrix(ConnectorFactory& factory, const String& type, TypeList<In...>, O
 using Logger = Zon::System::Commons::Diagnostics::Logging::Loggable<ConnectorFactory>;
 
 struct ConnectorFactory::Impl {
-    /// Creators by connector type name, then by pair of value types.
-    std::map<String, std::map<MapTypeInfo, FactoryMethod>> factories;
+    /// Creators by connector type name, then by pair of value types. The pairs are kept in the
+    /// order of `MapTypeInfo`, which is no strict weak order: an `OrderedArrayMap` stays well
+    /// defined under it (an ordered tree of the standard library need not).
+    std::map<String, OrderedArrayMap<MapTypeInfo, FactoryMethod>> factories;
 };
 
 ConnectorFactory& ConnectorFactory::GetInstance()
@@ -111,10 +114,10 @@ bool ConnectorFactory::TryAddFactoryMethod(const String& type, const String& inp
 {
     auto& pairs = impl->factories[type];
     MapTypeInfo key{inputType, outputType};
-    if (pairs.find(key) != pairs.end()) {
+    if (pairs.Find(key) != pairs.end()) {
         return false;
     }
-    if (!pairs.emplace(std::move(key), std::move(factory)).second) {
+    if (!pairs.Insert(std::move(key), std::move(factory))) {
         return false;
     }
     Logger::GetLogger().Debug("Connector factory added: type=`{}`, inputType=`{}`, outputType=`{}`", type, inputType,

@@ -27,8 +27,8 @@ namespace VarnixBase::Core::PortSystem {
 /// Any other pair (no "scale" of `bool` or text, no text of one width to the other, no text to
 /// number) is not available. Applications add pairs and remove whole connector types.
 ///
-/// Creators are kept per connector type in an ordered map whose key order (`MapTypeInfo`) is no
-/// strict weak order, so `Create` walks the pairs instead of searching them. There is no lock:
+/// Creators are kept per connector type in an ordered map (`OrderedArrayMap`) whose key order
+/// (`MapTypeInfo`) is no strict weak order, so `Create` walks the pairs instead of searching them. There is no lock:
 /// registration must not overlap with creation.
 class ConnectorFactory : private Zon::System::Commons::Diagnostics::Logging::Loggable<ConnectorFactory> {
 public:

@@ -4,6 +4,7 @@
 
 #include "Zon/BasicString.hpp"
 #include "Zon/EnumStrings.hpp"
+#include "Zon/Format.hpp"
 
 namespace VarnixBase::Core::PortSystem {
 
@@ -21,8 +22,8 @@ struct MapTypeInfo {
     ///
     /// This is an "or" of the two comparisons, not the lexicographic order of the pair: two
     /// different keys can each be before the other, so it is no strict weak order. Only equal keys
-    /// are equivalent, so an ordered map keeps every distinct key that is inserted, but its own
-    /// search can miss a key that is present. Look-ups therefore walk the map.
+    /// are equivalent. Kept in an `OrderedArrayMap`, every distinct key that is inserted stays,
+    /// but the map's own search can miss a key that is present, so look-ups walk the map.
     friend bool operator<(const MapTypeInfo& a, const MapTypeInfo& b) noexcept
     {
         if (a.inputType < b.inputType) {
