@@ -389,3 +389,35 @@ TEST_F(PortFactoryTest, ACreatorThatGivesNoPortHasItsEmptyResultReturnedAndLogge
     EXPECT_EQ(Factory().Create("nothing", "x", 1), nullptr);
     EXPECT_EQ(Capture().Count(LogLevel::Trace, "Port created: name=`` type=`nothing` dimension=1"), 1u);
 }
+
+TEST(PortFactoryStartUp, WithoutApplicationDomainGetInstanceFailsAndTriesAgainLater)
+{
+    try {
+        PortFactory::GetInstance();
+        FAIL() << "no exception";
+    } catch (const Zon::Exception& exception) {
+        EXPECT_STREQ(exception.what(), "Singleton instance of type 'Zon.AppDomain' was not created yet!");
+    }
+    Zon::Host::RuntimeOptions options;
+    options.consoleLevel.reset();
+    Zon::Host::Runtime runtime(options);
+    PortFactory& factory = PortFactory::GetInstance();
+    EXPECT_EQ(&factory, &PortFactory::GetInstance());
+    EXPECT_TRUE(factory.HasType("AnalogIn"));
+}
+
+TEST(PortFactoryStartUp, TheFactoryOutlivesTheRuntimeItWasMadeUnder)
+{
+    Zon::Host::RuntimeOptions options;
+    options.consoleLevel.reset();
+    {
+        Zon::Host::Runtime first(options);
+        PortFactory::GetInstance();
+    }
+    Zon::Host::Runtime second(options);
+    auto port = PortFactory::GetInstance().Create("qualified.float64", "level", 1);
+    EXPECT_EQ(port->GetName(), String("level"));
+    EXPECT_EQ(second.GetCapture().Count(LogLevel::Trace,
+                                        "Port created: name=`level` type=`qualified.float64` dimension=1"),
+              1u);
+}
