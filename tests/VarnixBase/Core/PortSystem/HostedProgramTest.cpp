@@ -13,6 +13,8 @@
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "Zon/System/Commons/InvalidConfigException.hpp"
 
+#include "support/ResourceCounter.hpp"
+
 #include "ProgramHost.hpp"
 
 using namespace VarnixBase::Core::PortSystem;
@@ -347,4 +349,32 @@ TEST_F(HostedProgramTest, TwoProgramsOfOneComponentRunSideBySide)
     Cycle(second);
     EXPECT_EQ(At<int>("App/First.out"), 1);
     EXPECT_EQ(At<int>("App/Second.out"), 2);
+}
+
+TEST_F(HostedProgramTest, CyclesOfAProgramBuiltFromADocumentAllocateNothingAndTakeNoLock)
+{
+    WriteDocument("Tank", R"(<Configuration><Program type="Tank">
+  <Ports>
+    <Port name="raw" type="AnalogIn"/><Port name="bias" type="float64"/>
+    <Port name="level" type="qualified.float64"/><Port name="copy" type="qualified.int32"/>
+  </Ports>
+  <Connectors>
+    <Connector startPort="raw" endPort="level" type="scale"><Parameter name="offset" ref="bias"/></Connector>
+    <Connector startPort="level" endPort="copy" type="copy"/>
+  </Connectors>
+</Program></Configuration>)");
+    auto& program = Start("Tank");
+    auto& raw = At<std::uint16_t>("App/Main.raw");
+    At<double>("App/Main.bias") = 0.5;
+    {
+        VarnixTest::ResourceCounter counter;
+        for (std::uint16_t value : {std::uint16_t{10}, std::uint16_t{0x8001}, std::uint16_t{20}}) {
+            raw = value;
+            program.Execute();
+        }
+        EXPECT_EQ(counter.Allocations(), 0u);
+        EXPECT_EQ(counter.Locks(), 0u);
+    }
+    EXPECT_EQ(At<double>("App/Main.level.Value"), 20.5);
+    EXPECT_EQ(At<int>("App/Main.copy.Value"), 20);
 }
