@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "VarnixBase/Core/PortSystem/AnalogInPort.hpp"
 #include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
+#include "VarnixBase/Core/PortSystem/PnDeviceStatePort.hpp"
 #include "VarnixBase/Core/PortSystem/Port.hpp"
 #include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
 #include "VarnixBase/Commons/Gds/StaticStringAdapter.hpp"
@@ -129,4 +131,25 @@ TEST_F(PublishedPorts, EveryPortValueTypeResolvesWithTheNameConnectorsAreRegiste
               Zon::CommonTypeName<VarnixBase::Commons::Gds::StaticStringAdapter<char>>());
     EXPECT_EQ(GetCommonTypeName(Resolve("App/Main.w512.Value")),
               Zon::CommonTypeName<VarnixBase::Commons::Gds::StaticStringAdapter<char16_t>>());
+}
+
+TEST_F(PublishedPorts, DevicePortsResolveToTheirRawValues)
+{
+    ConfigurableProgramBaseImpl program("App/Main", "Devices", domain);
+    auto raw = std::make_shared<AnalogInPort>("raw", 1);
+    auto device = std::make_shared<PnDeviceStatePort>("device", 1);
+    program.GetPortProvider().AddPort(raw);
+    program.GetPortProvider().AddPort(device);
+    Publish(program.GetPortProvider());
+
+    auto rawInfo = Resolve("App/Main.raw");
+    EXPECT_EQ(GetCommonTypeName(rawInfo), "unsigned short");
+    *static_cast<unsigned short*>(rawInfo.address) = 0x8001; // as the input module writes it
+    auto deviceInfo = Resolve("App/Main.device");
+    EXPECT_EQ(GetCommonTypeName(deviceInfo), "unsigned char");
+    *static_cast<unsigned char*>(deviceInfo.address) = 4;
+    program.Execute();
+    EXPECT_EQ(raw->GetValue(), 0x8001);
+    EXPECT_EQ(raw->GetQuality().state, VarnixBase::Core::QualitySystem::QualityState::Bad);
+    EXPECT_EQ(device->GetQuality().state, VarnixBase::Core::QualitySystem::QualityState::Questionable);
 }

@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+
+#include "Inject.hpp"
+#include "Probe.hpp"
+#include "Stimulus.hpp"
+#include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "VarnixBase/Core/PortSystem/AnalogInPort.hpp"
+#include "VarnixBase/Core/PortSystem/ConfigurableProgramBaseImpl.hpp"
+#include "VarnixBase/Core/PortSystem/Port.hpp"
+#include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
+#include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
+#include "Zon/Host/Clock.hpp"
+#include "Zon/Host/PortPublisher.hpp"
+#include "Zon/Plc/Commons/Meta/TypeSystem/TypeDomain.hpp"
+#include "support/HostFixture.hpp"
+
+using namespace VarnixSim;
+using namespace VarnixBase::Core::PortSystem;
+using VarnixBase::Commons::Meta::MetaInfoProvider;
+using VarnixBase::Core::QualitySystem::Quality;
+using VarnixBase::Core::QualitySystem::QualityFlags;
+using VarnixBase::Core::QualitySystem::QualityState;
+using Zon::Plc::Commons::Gds::StaticString;
+
+class Probes : public VarnixTest::HostTest {
+protected:
+    void SetUp() override
+    {
+        HostTest::SetUp();
+        library = std::make_unique<Zon::Host::TypeLibrary>("App", "App");
+        VarnixBase::Core::QualitySystem::DescribeQualityTypes(*library);
+        publisher = std::make_unique<Zon::Host::PortPublisher>(*library);
+        program = std::make_unique<ConfigurableProgramBaseImpl>("App/Main", "Probe", domain);
+    }
+
+    void TearDown() override
+    {
+        if (component != nullptr) {
+            MetaInfoProvider::GetInstance().Remove(*component);
+        }
+        program.reset();
+        publisher.reset();
+        library.reset();
+        HostTest::TearDown();
+    }
+
+    void Publish()
+    {
+        Zon::Plc::Commons::Meta::DynamicPortsBuilder builder;
+        program->GetPortProvider().Publish(builder);
+        component = &publisher->Publish("App/Main", builder);
+        MetaInfoProvider::GetInstance().Add(*component);
+    }
+
+    Zon::Plc::Commons::Meta::DataInfo Resolve(const std::string& path)
+    {
+        return MetaInfoProvider::GetInstance().GetDataBrowser().GetDataInfo(Zon::String(path));
+    }
+
+    TraceSample Read(const PortProbe& probe)
+    {
+        TraceSample sample;
+        probe.read(sample);
+        return sample;
+    }
+
+    Zon::Plc::Commons::Meta::TypeSystem::TypeDomain domain;
+    std::unique_ptr<Zon::Host::TypeLibrary> library;
+    std::unique_ptr<Zon::Host::PortPublisher> publisher;
+    std::unique_ptr<ConfigurableProgramBaseImpl> program;
+    Zon::Host::Component* component = nullptr;
+};
+
+TEST(ProbeText, QualityNamesStateAndFlags)
+{
+    EXPECT_EQ(QualityText(Quality{}), "Good");
+    EXPECT_EQ(QualityText(Quality{QualityFlags::Overrange, QualityState::Bad}), "Bad Overrange");
+    EXPECT_EQ(QualityText(Quality{QualityFlags::WireBreak | QualityFlags::Failure, QualityState::Invalid}),
+              "Invalid WireBreak|Failure");
+    EXPECT_EQ(QualityText(Quality{static_cast<QualityFlags>(0x8), QualityState::Questionable}), "Questionable 0x8");
+}
+
+TEST(ProbeText, Utf16RoundTrip)
+{
+    std::string text = "Pumpe \xC3\xA4 \xE2\x82\xAC \xF0\x9F\x98\x80";
+    EXPECT_EQ(Utf16ToUtf8(Utf8ToUtf16(text).data(), Utf8ToUtf16(text).size()), text);
+}
+
+TEST_F(Probes, ReadPlainQualifiedAndDevicePorts)
+{
+    auto count = std::make_shared<Port<signed char>>("count", 1);
+    auto level = std::make_shared<QualifiedPort<double>>("level", 1);
+    auto raw = std::make_shared<AnalogInPort>("raw", 1);
+    program->GetPortProvider().AddPort(count);
+    program->GetPortProvider().AddPort(level);
+    program->GetPortProvider().AddPort(raw);
+    Publish();
+    Zon::Host::Clock::UseVirtual(Zon::DateTime::FromUnixTimeMicroseconds(5000));
+
+    count->SetValue(-3);
+    level->SetValue(12.5);
+    auto countProbe = MakeProbe(count);
+    EXPECT_EQ(countProbe.column.kind, ValueKind::Signed);
+    EXPECT_EQ(countProbe.column.bits, 8u);
+    EXPECT_FALSE(countProbe.column.hasQuality);
+    EXPECT_EQ(Read(countProbe).value, "-3");
+
+    auto timestamp = static_cast<const std::int64_t*>(Resolve("App/Main.level.Timestamp").address);
+    auto levelProbe = MakeProbe(level, timestamp);
+    EXPECT_TRUE(levelProbe.column.hasQuality);
+    EXPECT_TRUE(levelProbe.column.hasTimestamp);
+    auto levelSample = Read(levelProbe);
+    EXPECT_EQ(levelSample.value, "12.5");
+    EXPECT_EQ(levelSample.quality, "Good");
+    EXPECT_EQ(levelSample.timestamp, 5000);
+
+    WriteLiteral(Resolve("App/Main.raw"), "16#8001", "--set raw=16#8001");
+    program->Execute();
+    auto rawSample = Read(MakeProbe(raw));
+    EXPECT_EQ(rawSample.value, "32769");
+    EXPECT_EQ(rawSample.quality, "Bad Overrange");
+}
+
+TEST_F(Probes, LiteralsAreWrittenByTheVariablesType)
+{
+    auto flag = std::make_shared<Port<bool>>("flag", 1);
+    auto small = std::make_shared<Port<short>>("small", 1);
+    auto real = std::make_shared<QualifiedPort<float>>("real", 1);
+    auto text = std::make_shared<Port<StaticString<80, char>>>("text", 1);
+    auto wide = std::make_shared<Port<StaticString<80, char16_t>>>("wide", 1);
+    for (auto port : std::vector<std::shared_ptr<IPort>>{flag, small, real, text, wide}) {
+        program->GetPortProvider().AddPort(port);
+    }
+    Publish();
+
+    WriteLiteral(Resolve("App/Main.flag"), "TRUE", "t");
+    EXPECT_TRUE(flag->GetValue());
+    WriteLiteral(Resolve("App/Main.small"), "int#-300", "t");
+    EXPECT_EQ(small->GetValue(), -300);
+    WriteLiteral(Resolve("App/Main.real.Value"), "2", "t");
+    EXPECT_EQ(real->GetValue(), 2.0f);
+    WriteLiteral(Resolve("App/Main.real.Value"), "1.5e1", "t");
+    EXPECT_EQ(real->GetValue(), 15.0f);
+    WriteLiteral(Resolve("App/Main.text"), "Tank 1", "t");
+    EXPECT_EQ(Read(MakeProbe(text)).value, "Tank 1");
+    WriteLiteral(Resolve("App/Main.wide"), "Pumpe \xC3\xA4", "t");
+    EXPECT_EQ(Read(MakeProbe(wide)).value, "Pumpe \xC3\xA4");
+}
+
+TEST_F(Probes, ALiteralOutsideTheTypeIsRefusedWithItsOrigin)
+{
+    auto small = std::make_shared<Port<short>>("small", 1);
+    program->GetPortProvider().AddPort(small);
+    Publish();
+    small->SetValue(7);
+    try {
+        WriteLiteral(Resolve("App/Main.small"), "70000", "--set small=70000");
+        FAIL() << "no exception";
+    } catch (const UsageError& error) {
+        EXPECT_STREQ(error.what(), "--set small=70000: '70000' is not a value of type short");
+    }
+    EXPECT_THROW(WriteLiteral(Resolve("App/Main.small"), "1.5", "x"), UsageError);
+    EXPECT_THROW(WriteLiteral(Resolve("App/Main.small"), "abc", "x"), UsageError);
+    EXPECT_EQ(small->GetValue(), 7);
+}

@@ -1,0 +1,232 @@
+#include "Probe.hpp"
+
+#include <fmt/format.h>
+
+#include "VarnixBase/Core/PortSystem/AnalogInPort.hpp"
+#include "VarnixBase/Core/PortSystem/PnDeviceStatePort.hpp"
+#include "VarnixBase/Core/PortSystem/Port.hpp"
+#include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
+#include "Zon/EnumStrings.hpp"
+
+namespace VarnixSim {
+
+using namespace VarnixBase::Core::PortSystem;
+using VarnixBase::Core::QualitySystem::Quality;
+using VarnixBase::Core::QualitySystem::QualityFlags;
+using VarnixBase::Core::QualitySystem::QualityState;
+using Zon::Plc::Commons::Gds::StaticString;
+
+namespace {
+
+template <class T>
+std::string ValueText(const T& value)
+{
+    if constexpr (std::is_same_v<T, bool>) {
+        return value ? "true" : "false";
+    } else if constexpr (std::is_same_v<T, signed char> || std::is_same_v<T, unsigned char>) {
+        return std::to_string(static_cast<int>(value));
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        return fmt::format("{}", value);
+    } else if constexpr (std::is_same_v<typename T::CharType, char>) {
+        return std::string(value.data, value.Size());
+    } else {
+        return Utf16ToUtf8(value.data, value.Size());
+    }
+}
+
+template <class T>
+TraceColumn ColumnFor(const std::string& name)
+{
+    TraceColumn column;
+    column.name = name;
+    if constexpr (std::is_same_v<T, bool>) {
+        column.kind = ValueKind::Bool;
+        column.bits = 1;
+    } else if constexpr (std::is_integral_v<T>) {
+        column.kind = std::is_signed_v<T> ? ValueKind::Signed : ValueKind::Unsigned;
+        column.bits = static_cast<unsigned>(sizeof(T) * 8);
+    } else if constexpr (std::is_floating_point_v<T>) {
+        column.kind = ValueKind::Real;
+        column.bits = static_cast<unsigned>(sizeof(T) * 8);
+    } else {
+        column.kind = ValueKind::Text;
+        column.bits = 8;
+    }
+    return column;
+}
+
+template <class T>
+bool TryPlainAndQualified(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp, PortProbe& probe)
+{
+    if (auto plain = std::dynamic_pointer_cast<Port<T>>(port)) {
+        probe.column = ColumnFor<T>(port->GetName().ToStdString());
+        std::weak_ptr<Port<T>> weak = plain;
+        probe.read = [weak](TraceSample& sample) {
+            if (auto locked = weak.lock()) {
+                sample.value = ValueText(locked->GetValue());
+            }
+        };
+        return true;
+    }
+    if (auto qualified = std::dynamic_pointer_cast<QualifiedPort<T>>(port)) {
+        probe.column = ColumnFor<T>(port->GetName().ToStdString());
+        probe.column.hasQuality = true;
+        probe.column.hasTimestamp = timestamp != nullptr;
+        std::weak_ptr<QualifiedPort<T>> weak = qualified;
+        probe.read = [weak, timestamp](TraceSample& sample) {
+            if (auto locked = weak.lock()) {
+                sample.value = ValueText(locked->GetValue());
+                sample.quality = QualityText(locked->GetQuality());
+                sample.timestamp = timestamp != nullptr ? *timestamp : 0;
+            }
+        };
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+std::string QualityText(const Quality& quality)
+{
+    std::string text;
+    if (auto found = Zon::EnumStrings<QualityState>::Values.find(quality.state);
+        found != Zon::EnumStrings<QualityState>::Values.end()) {
+        text = found->second;
+    } else {
+        text = std::to_string(static_cast<unsigned>(quality.state));
+    }
+    auto flags = static_cast<std::uint32_t>(quality.flags);
+    std::string names;
+    for (std::uint32_t bit = 1; bit != 0; bit <<= 1) {
+        if ((flags & bit) == 0) {
+            continue;
+        }
+        auto found = Zon::EnumStrings<QualityFlags>::Values.find(static_cast<QualityFlags>(bit));
+        if (found != Zon::EnumStrings<QualityFlags>::Values.end()) {
+            names += (names.empty() ? "" : "|") + std::string(found->second);
+            flags &= ~bit;
+        }
+    }
+    if (flags != 0) {
+        names += (names.empty() ? "" : "|") + fmt::format("0x{:x}", flags);
+    }
+    return names.empty() ? text : text + " " + names;
+}
+
+std::string Utf16ToUtf8(const char16_t* units, std::size_t count)
+{
+    std::string out;
+    for (std::size_t i = 0; i < count; ++i) {
+        std::uint32_t code = units[i];
+        if (code >= 0xD800 && code <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 && units[i + 1] <= 0xDFFF) {
+            code = 0x10000 + ((code - 0xD800) << 10) + (units[i + 1] - 0xDC00);
+            ++i;
+        } else if (code >= 0xD800 && code <= 0xDFFF) {
+            code = 0xFFFD;
+        }
+        if (code < 0x80) {
+            out += static_cast<char>(code);
+        } else if (code < 0x800) {
+            out += static_cast<char>(0xC0 | (code >> 6));
+            out += static_cast<char>(0x80 | (code & 0x3F));
+        } else if (code < 0x10000) {
+            out += static_cast<char>(0xE0 | (code >> 12));
+            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (code & 0x3F));
+        } else {
+            out += static_cast<char>(0xF0 | (code >> 18));
+            out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return out;
+}
+
+std::u16string Utf8ToUtf16(const std::string& text)
+{
+    std::u16string out;
+    for (std::size_t i = 0; i < text.size();) {
+        auto byte = static_cast<unsigned char>(text[i]);
+        std::uint32_t code = 0xFFFD;
+        std::size_t length = 1;
+        if (byte < 0x80) {
+            code = byte;
+        } else if ((byte >> 5) == 0x6 && i + 1 < text.size()) {
+            code = ((byte & 0x1F) << 6) | (static_cast<unsigned char>(text[i + 1]) & 0x3F);
+            length = 2;
+        } else if ((byte >> 4) == 0xE && i + 2 < text.size()) {
+            code = ((byte & 0x0F) << 12) | ((static_cast<unsigned char>(text[i + 1]) & 0x3F) << 6) |
+                   (static_cast<unsigned char>(text[i + 2]) & 0x3F);
+            length = 3;
+        } else if ((byte >> 3) == 0x1E && i + 3 < text.size()) {
+            code = ((byte & 0x07) << 18) | ((static_cast<unsigned char>(text[i + 1]) & 0x3F) << 12) |
+                   ((static_cast<unsigned char>(text[i + 2]) & 0x3F) << 6) |
+                   (static_cast<unsigned char>(text[i + 3]) & 0x3F);
+            length = 4;
+        }
+        if (code >= 0x10000) {
+            code -= 0x10000;
+            out += static_cast<char16_t>(0xD800 + (code >> 10));
+            out += static_cast<char16_t>(0xDC00 + (code & 0x3FF));
+        } else {
+            out += static_cast<char16_t>(code);
+        }
+        i += length;
+    }
+    return out;
+}
+
+PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp)
+{
+    PortProbe probe;
+    if (auto analog = std::dynamic_pointer_cast<AnalogInPort>(port)) {
+        probe.column = ColumnFor<unsigned short>(port->GetName().ToStdString());
+        probe.column.hasQuality = true;
+        std::weak_ptr<AnalogInPort> weak = analog;
+        probe.read = [weak](TraceSample& sample) {
+            if (auto locked = weak.lock()) {
+                sample.value = ValueText(locked->GetValue());
+                sample.quality = QualityText(locked->GetQuality());
+            }
+        };
+        return probe;
+    }
+    if (auto device = std::dynamic_pointer_cast<PnDeviceStatePort>(port)) {
+        probe.column = ColumnFor<unsigned char>(port->GetName().ToStdString());
+        probe.column.hasQuality = true;
+        std::weak_ptr<PnDeviceStatePort> weak = device;
+        probe.read = [weak](TraceSample& sample) {
+            if (auto locked = weak.lock()) {
+                sample.value = std::to_string(static_cast<unsigned>(locked->GetValue()));
+                sample.quality = QualityText(locked->GetQuality());
+            }
+        };
+        return probe;
+    }
+    if (TryPlainAndQualified<bool>(port, timestamp, probe) || TryPlainAndQualified<signed char>(port, timestamp, probe) ||
+        TryPlainAndQualified<unsigned char>(port, timestamp, probe) || TryPlainAndQualified<short>(port, timestamp, probe) ||
+        TryPlainAndQualified<unsigned short>(port, timestamp, probe) || TryPlainAndQualified<int>(port, timestamp, probe) ||
+        TryPlainAndQualified<unsigned int>(port, timestamp, probe) || TryPlainAndQualified<long>(port, timestamp, probe) ||
+        TryPlainAndQualified<unsigned long>(port, timestamp, probe) || TryPlainAndQualified<float>(port, timestamp, probe) ||
+        TryPlainAndQualified<double>(port, timestamp, probe) || TryPlainAndQualified<StaticString<80, char>>(port, timestamp, probe) ||
+        TryPlainAndQualified<StaticString<512, char>>(port, timestamp, probe) ||
+        TryPlainAndQualified<StaticString<80, char16_t>>(port, timestamp, probe) ||
+        TryPlainAndQualified<StaticString<512, char16_t>>(port, timestamp, probe)) {
+        return probe;
+    }
+    probe.column.name = port->GetName().ToStdString();
+    probe.column.kind = ValueKind::Text;
+    probe.column.hasQuality = true;
+    std::weak_ptr<IPort> weak = port;
+    probe.read = [weak](TraceSample& sample) {
+        if (auto locked = weak.lock()) {
+            sample.value = "?";
+            sample.quality = QualityText(locked->GetQuality());
+        }
+    };
+    return probe;
+}
+
+} // namespace VarnixSim

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "Trace.hpp"
+#include "VarnixBase/Core/PortSystem/IPort.hpp"
+#include "VarnixBase/Core/QualitySystem/Quality.hpp"
+
+namespace VarnixSim {
+
+/// Reads one port for the trace: its value, and for qualified and device ports its quality (and
+/// for qualified ports its time stamp), through the port's own operations.
+struct PortProbe {
+    TraceColumn column;
+    std::function<void(TraceSample&)> read;
+};
+
+/// A probe for any port the library's factory makes. A port of a class the simulator does not know
+/// (an application's own) is traced by its quality only, with the value "?". `timestamp` is the
+/// address of a qualified port's published time stamp (resolved by path, "App/Main.level.Timestamp"),
+/// or null.
+PortProbe MakeProbe(const std::shared_ptr<VarnixBase::Core::PortSystem::IPort>& port,
+                    const std::int64_t* timestamp = nullptr);
+
+/// "Good", or the state followed by the named flags, e.g. "Bad Overrange", "Invalid WireBreak|Failure";
+/// flags without a name are written as one hexadecimal number.
+std::string QualityText(const VarnixBase::Core::QualitySystem::Quality& quality);
+
+/// The value of a fixed string as UTF-8 text (16-bit units are taken as UTF-16).
+std::string Utf16ToUtf8(const char16_t* units, std::size_t count);
+std::u16string Utf8ToUtf16(const std::string& text);
+
+} // namespace VarnixSim
