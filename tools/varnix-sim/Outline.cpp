@@ -44,10 +44,24 @@ std::string Get(const std::map<std::string, std::string>& attributes, const char
     return found != attributes.end() ? found->second : std::string();
 }
 
+void Note(std::vector<OutlineElement>& elements, const xmlNode* node)
+{
+    OutlineElement element;
+    element.kind = reinterpret_cast<const char*>(node->name);
+    element.line = xmlGetLineNo(node);
+    for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
+        element.attributes.emplace_back(reinterpret_cast<const char*>(attribute->name));
+    }
+    elements.push_back(element);
+}
+
 template <class Owner>
-void ReadChildren(const xmlNode* node, Owner& owner)
+void ReadChildren(const xmlNode* node, Owner& owner, std::vector<OutlineElement>& elements)
 {
     for (const xmlNode* child = node->children; child != nullptr; child = child->next) {
+        if (Is(child, "QualityProvider") || Is(child, "Parameter")) {
+            Note(elements, child);
+        }
         if (Is(child, "QualityProvider")) {
             owner.qualityProviders.push_back({Get(Attributes(child), "ref"), xmlGetLineNo(child)});
         } else if (Is(child, "Parameter")) {
@@ -86,22 +100,27 @@ DocumentOutline ReadOutline(const std::string& path)
         if (!Is(programNode, "Program")) {
             continue;
         }
+        Note(outline.elements, programNode);
         OutlineProgram program;
         program.type = Get(Attributes(programNode), "type");
         program.line = xmlGetLineNo(programNode);
         for (const xmlNode* section = programNode->children; section != nullptr; section = section->next) {
+            if (Is(section, "Ports") || Is(section, "Connectors")) {
+                Note(outline.elements, section);
+            }
             if (Is(section, "Ports")) {
                 for (const xmlNode* portNode = section->children; portNode != nullptr; portNode = portNode->next) {
                     if (!Is(portNode, "Port")) {
                         continue;
                     }
+                    Note(outline.elements, portNode);
                     auto attributes = Attributes(portNode);
                     OutlinePort port;
                     port.name = Get(attributes, "name");
                     port.type = Get(attributes, "type");
                     port.dimensions = Get(attributes, "dimensions", &port.hasDimensions);
                     port.line = xmlGetLineNo(portNode);
-                    ReadChildren(portNode, port);
+                    ReadChildren(portNode, port, outline.elements);
                     program.ports.push_back(port);
                 }
             } else if (Is(section, "Connectors")) {
@@ -109,13 +128,14 @@ DocumentOutline ReadOutline(const std::string& path)
                     if (!Is(node, "Connector")) {
                         continue;
                     }
+                    Note(outline.elements, node);
                     auto attributes = Attributes(node);
                     OutlineConnector connector;
                     connector.startPort = Get(attributes, "startPort");
                     connector.endPort = Get(attributes, "endPort");
                     connector.type = Get(attributes, "type");
                     connector.line = xmlGetLineNo(node);
-                    ReadChildren(node, connector);
+                    ReadChildren(node, connector, outline.elements);
                     program.connectors.push_back(connector);
                 }
             }

@@ -49,12 +49,21 @@ struct OutlineProgram {
     std::vector<OutlineConnector> connectors;
 };
 
+/// Any element the library reads, with the names of all its attributes.
+struct OutlineElement {
+    std::string kind; ///< "Program", "Ports", "Port", "Connectors", "Connector", "QualityProvider", "Parameter"
+    long line = 0;
+    std::vector<std::string> attributes;
+};
+
 /// What a `.prog.config` holds, element by element with line numbers, read by the same rules as the
 /// library reads it (only `Program` children of the root, `Ports`/`Connectors` inside, and so on).
 /// The simulator uses it to point at the lines that problems concern and to draw the program.
 struct DocumentOutline {
     std::string file;
     std::vector<OutlineProgram> programs;
+    /// Every element the library reads, in document order.
+    std::vector<OutlineElement> elements;
 
     /// The distinct program types, in document order.
     std::vector<std::string> ProgramTypes() const;

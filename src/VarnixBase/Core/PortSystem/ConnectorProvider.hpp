@@ -41,6 +41,9 @@ public:
     /// exists already; the list is then unchanged.
     void AddConnector(std::shared_ptr<IConnector> connector);
 
+    /// The connectors in the order of adding, for tools that list or trace a program's connectors.
+    const std::list<std::shared_ptr<IConnector>>& GetConnectors() const noexcept { return connectors; }
+
 private:
     ConfigurableProgramBaseImpl& program;
     std::list<std::shared_ptr<IConnector>> connectors;

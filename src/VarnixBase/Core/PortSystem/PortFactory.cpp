@@ -110,4 +110,14 @@ void PortFactory::ClearFactoryMethods()
     impl->factories.clear();
 }
 
+std::vector<String> PortFactory::GetTypeNames() const
+{
+    std::vector<String> names;
+    names.reserve(impl->factories.size());
+    for (const auto& entry : impl->factories) {
+        names.push_back(entry.first);
+    }
+    return names;
+}
+
 } // namespace VarnixBase::Core::PortSystem

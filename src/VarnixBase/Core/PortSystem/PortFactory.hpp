@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "Zon/BasicString.hpp"
 #include "Zon/CommonTypeName.hpp"
@@ -80,6 +81,10 @@ public:
 
     /// Takes every creator away, silently. The built-ins do not come back.
     void ClearFactoryMethods();
+
+    /// The registered type names, in ascending byte order (each class under its short name and its
+    /// common type name). For tools that list what a document may name.
+    std::vector<String> GetTypeNames() const;
 
 private:
     PortFactory();

@@ -47,6 +47,9 @@ public:
     /// Calls `Publish` on each port, in the order of adding.
     void Publish(Zon::Plc::Commons::Meta::DynamicPortsBuilder& builder);
 
+    /// The ports in the order of adding, for tools that list or trace a program's ports.
+    const std::list<std::shared_ptr<IPort>>& GetPorts() const noexcept { return ports; }
+
 private:
     ConfigurableProgramBaseImpl& program;
     std::list<std::shared_ptr<IPort>> ports;

@@ -149,4 +149,15 @@ void ConnectorFactory::ClearFactoryMethods()
     impl->factories.clear();
 }
 
+std::vector<ConnectorFactory::TypePair> ConnectorFactory::GetTypePairs() const
+{
+    std::vector<TypePair> pairs;
+    for (const auto& [type, creators] : impl->factories) {
+        for (const auto& [key, creator] : creators) {
+            pairs.push_back(TypePair{type, key.inputType, key.outputType});
+        }
+    }
+    return pairs;
+}
+
 } // namespace VarnixBase::Core::PortSystem

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "Zon/BasicString.hpp"
 #include "Zon/CommonTypeName.hpp"
@@ -94,6 +95,16 @@ public:
 
     /// Removes everything, silently. The built-in pairs do not come back.
     void ClearFactoryMethods();
+
+    /// One registered creator: connector type name, input and output common type names.
+    struct TypePair {
+        String type;
+        String inputType;
+        String outputType;
+    };
+    /// The registered creators, by type name and then in the order the creation walk visits them.
+    /// For tools that list what a document may name.
+    std::vector<TypePair> GetTypePairs() const;
 
 private:
     ConnectorFactory();

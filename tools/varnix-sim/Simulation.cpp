@@ -1,0 +1,388 @@
+#include "Simulation.hpp"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <thread>
+
+#include <fmt/format.h>
+
+#include "Inject.hpp"
+#include "Analysis.hpp"
+#include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "VarnixBase/Core/Info/Info.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
+#include "VarnixBase/Core/PortSystem/HostedProgram.hpp"
+#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
+#include "Zon/Exception.hpp"
+#include "Zon/Host/Clock.hpp"
+#include "Zon/Host/PortPublisher.hpp"
+#include "Zon/Host/Runtime.hpp"
+#include "Zon/Host/TypeLibrary.hpp"
+#include "Zon/Plc/Commons/Meta/TypeSystem/TypeDomain.hpp"
+#include "Zon/System/Commons/Io/Path.hpp"
+
+namespace VarnixSim {
+
+namespace fs = std::filesystem;
+using namespace VarnixBase::Core::PortSystem;
+using VarnixBase::Commons::Meta::MetaInfoProvider;
+using Zon::System::Commons::Diagnostics::Logging::CaptureSink;
+using Zon::System::Commons::Diagnostics::Logging::LogEntry;
+using Zon::System::Commons::Diagnostics::Logging::LogLevel;
+
+namespace {
+
+/// A private directory that stands in for the controller's file system, removed at the end.
+class PrivateRoot {
+public:
+    PrivateRoot()
+    {
+        std::string pattern = (fs::temp_directory_path() / "varnix-sim-XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            throw UsageError("cannot create a private directory for the simulated controller");
+        }
+        path = pattern;
+    }
+    ~PrivateRoot()
+    {
+        std::error_code error;
+        fs::remove_all(path, error);
+    }
+    fs::path path;
+};
+
+struct PreparedStimulus {
+    std::uint64_t cycle;
+    Zon::Plc::Commons::Meta::DataInfo variable;
+    std::string literal;
+    std::string origin;
+};
+
+std::string ChooseType(const DocumentOutline& outline, const std::string& wanted)
+{
+    auto types = outline.ProgramTypes();
+    std::string list;
+    for (const auto& type : types) {
+        list += (list.empty() ? "" : ", ") + type;
+    }
+    if (!wanted.empty()) {
+        if (std::find(types.begin(), types.end(), wanted) == types.end()) {
+            throw UsageError(fmt::format("{}: no Program of type '{}' (the document has: {})", outline.file, wanted,
+                                         list.empty() ? std::string("none") : list));
+        }
+        return wanted;
+    }
+    if (types.empty()) {
+        throw UsageError(fmt::format("{}: the document has no Program element", outline.file));
+    }
+    if (types.size() > 1) {
+        throw UsageError(
+            fmt::format("{}: the document has {} program types ({}): choose one with --type", outline.file, types.size(), list));
+    }
+    return types.front();
+}
+
+} // namespace
+
+struct Simulation::Impl {
+    SimulationOptions options;
+    DocumentOutline outline;
+    OutlineProgram program;
+    std::string type;
+    PrivateRoot root;
+    std::unique_ptr<Zon::Host::Runtime> runtime;
+    std::unique_ptr<Zon::Host::TypeLibrary> library;
+    std::unique_ptr<Zon::Host::PortPublisher> publisher;
+    Zon::Plc::Commons::Meta::TypeSystem::TypeDomain domain;
+    std::unique_ptr<HostedProgram> hosted;
+    Zon::Host::Component* component = nullptr;
+    std::vector<PreparedStimulus> stimuli;
+
+    ~Impl()
+    {
+        // In reverse: the program withdraws its ports, the component leaves the meta data, then the
+        // publisher, the types and the runtime go.
+        hosted.reset();
+        if (component != nullptr) {
+            MetaInfoProvider::GetInstance().Remove(*component);
+        }
+        publisher.reset();
+        library.reset();
+        runtime.reset();
+        Zon::Host::Clock::UseReal();
+    }
+
+    Zon::Plc::Commons::Meta::DataInfo Resolve(const std::string& path) const
+    {
+        return MetaInfoProvider::GetInstance().GetDataBrowser().GetDataInfo(Zon::String(path));
+    }
+
+    /// "App/Main.level" for a plain port, "App/Main.level.Value" for a qualified one.
+    std::string PortPath(const std::shared_ptr<IPort>& port) const
+    {
+        std::string path = options.instance + "." + port->GetName().ToStdString();
+        std::string relative = port->GetRelativeDataPath().ToStdString();
+        return relative.empty() ? path : path + "." + relative;
+    }
+};
+
+Simulation::Simulation(const SimulationOptions& options) : impl(std::make_unique<Impl>())
+{
+    impl->options = options;
+    impl->outline = ReadOutline(options.document);
+    impl->type = ChooseType(impl->outline, options.type);
+    impl->program = impl->outline.Merged(impl->type);
+    std::size_t slash = options.instance.find('/');
+    if (slash == std::string::npos || slash == 0 || slash + 1 == options.instance.size() ||
+        options.instance.find('/', slash + 1) != std::string::npos) {
+        throw UsageError(fmt::format("--instance {}: expected COMPONENT/PROGRAM", options.instance));
+    }
+
+    Zon::Host::RuntimeOptions runtimeOptions;
+    runtimeOptions.fileSystemRoot = impl->root.path.string();
+    runtimeOptions.consoleLevel = options.consoleLevel;
+    runtimeOptions.captureLevel = LogLevel::Trace;
+    impl->runtime = std::make_unique<Zon::Host::Runtime>(runtimeOptions);
+    if (options.realTime) {
+        Zon::Host::Clock::UseReal();
+    } else {
+        Zon::Host::Clock::UseVirtual(Zon::DateTime::FromUnixTimeMicroseconds(VirtualStartMicroseconds));
+    }
+
+    // The document goes where the library reads a program type's configuration.
+    Zon::String directory = Zon::System::Commons::Io::Path::Combine(VarnixBase::Core::Info::GetDataDirectory(),
+                                                                     "Core/PortSystem");
+    fs::path target = impl->root.path / fs::path(directory.ToStdString()).relative_path() / (impl->type + ".prog.config");
+    fs::create_directories(target.parent_path());
+    fs::copy_file(options.document, target, fs::copy_options::overwrite_existing);
+
+    std::string componentName = options.instance.substr(0, slash);
+    impl->library = std::make_unique<Zon::Host::TypeLibrary>(componentName, componentName);
+    VarnixBase::Core::QualitySystem::DescribeQualityTypes(*impl->library);
+    impl->publisher = std::make_unique<Zon::Host::PortPublisher>(*impl->library);
+    impl->hosted = std::make_unique<HostedProgram>(Zon::String(options.instance), Zon::String(impl->type), impl->domain);
+    impl->component = &impl->hosted->Publish(*impl->publisher);
+    impl->runtime->RaisePortsPublished();
+}
+
+Simulation::~Simulation() = default;
+
+const std::string& Simulation::GetType() const noexcept
+{
+    return impl->type;
+}
+
+const DocumentOutline& Simulation::GetOutline() const noexcept
+{
+    return impl->outline;
+}
+
+const OutlineProgram& Simulation::GetProgramOutline() const noexcept
+{
+    return impl->program;
+}
+
+std::size_t Simulation::GetPortCount() const
+{
+    return impl->hosted->GetProgram().GetPortProvider().Count();
+}
+
+std::size_t Simulation::GetConnectorCount() const
+{
+    return impl->hosted->GetProgram().GetConnectorProvider().Count();
+}
+
+std::vector<LogEntry> Simulation::GetLog() const
+{
+    return impl->runtime->GetCapture().GetEntries();
+}
+
+std::string Simulation::Complete()
+{
+    try {
+        impl->hosted->GetProgram().GetBuilder().Complete();
+    } catch (const Zon::Exception& error) {
+        return error.what();
+    }
+    return std::string();
+}
+
+std::vector<std::string> Simulation::PortTypes()
+{
+    std::vector<std::string> names;
+    for (const auto& name : PortFactory::GetInstance().GetTypeNames()) {
+        names.push_back(name.ToStdString());
+    }
+    return names;
+}
+
+std::vector<std::string> Simulation::ConnectorTypes()
+{
+    std::vector<std::string> pairs;
+    for (const auto& pair : Factories::ConnectorFactory::GetInstance().GetTypePairs()) {
+        pairs.push_back(fmt::format("{}: {} -> {}", pair.type, pair.inputType, pair.outputType));
+    }
+    return pairs;
+}
+
+void Simulation::AddStimuli(const std::vector<StimulusEntry>& entries)
+{
+    auto& ports = impl->hosted->GetProgram().GetPortProvider();
+    for (const auto& entry : entries) {
+        std::shared_ptr<IPort> port;
+        if (!ports.TryGetPort(Zon::String(entry.port), port)) {
+            throw UsageError(fmt::format("{}: the program has no port '{}'", entry.origin, entry.port));
+        }
+        auto variable = impl->Resolve(impl->PortPath(port));
+        // Check the literal now on a scratch copy of the variable's memory, so that a bad one stops
+        // the run before its first cycle.
+        alignas(16) unsigned char scratch[4096] = {};
+        std::memcpy(scratch, variable.address, 4); // a fixed string's capacity and length
+        auto trial = variable;
+        trial.address = scratch;
+        WriteLiteral(trial, entry.literal, entry.origin);
+        impl->stimuli.push_back({entry.cycle, variable, entry.literal, entry.origin});
+    }
+    std::stable_sort(impl->stimuli.begin(), impl->stimuli.end(),
+                     [](const auto& a, const auto& b) { return a.cycle < b.cycle; });
+}
+
+Simulation::Summary Simulation::Run(const RunOptions& options)
+{
+    auto& program = impl->hosted->GetProgram();
+    std::vector<PortProbe> probes;
+    std::vector<TraceColumn> columns;
+    if (options.trace != nullptr) {
+        for (const auto& port : program.GetPortProvider().GetPorts()) {
+            const std::int64_t* timestamp = nullptr;
+            if (!port->GetRelativeDataPath().IsEmpty()) {
+                timestamp = static_cast<const std::int64_t*>(
+                    impl->Resolve(impl->options.instance + "." + port->GetName().ToStdString() + ".Timestamp").address);
+            }
+            probes.push_back(MakeProbe(port, timestamp));
+            columns.push_back(probes.back().column);
+        }
+        options.trace->Begin(columns);
+    }
+
+    // With --profile the executables run one by one, in the program's order (executable ports,
+    // then connectors), so that each can be timed; otherwise the program's own Execute runs.
+    struct Timed {
+        std::string name;
+        VarnixBase::Commons::IExecutable* executable;
+        ExecutableTiming timing;
+    };
+    std::vector<Timed> timed;
+    if (options.profile) {
+        for (const auto& port : program.GetPortProvider().GetPorts()) {
+            if (auto* executable = dynamic_cast<VarnixBase::Commons::IExecutable*>(port.get())) {
+                timed.push_back({port->GetName().ToStdString(), executable, {}});
+            }
+        }
+        for (const auto& connector : program.GetConnectorProvider().GetConnectors()) {
+            timed.push_back({connector->GetName().ToStdString(), connector.get(), {}});
+        }
+        for (auto& entry : timed) {
+            entry.timing.name = entry.name;
+            entry.timing.minimum = std::numeric_limits<double>::max();
+        }
+    }
+
+    std::vector<TraceSample> samples(probes.size());
+    std::size_t next = 0;
+    using Clock = std::chrono::steady_clock;
+    auto started = Clock::now();
+    auto lastProgress = started;
+    bool progressShown = false;
+    double executeSeconds = 0;
+    for (std::uint64_t cycle = 1; cycle <= options.cycles; ++cycle) {
+        while (next < impl->stimuli.size() && impl->stimuli[next].cycle <= cycle) {
+            const auto& stimulus = impl->stimuli[next++];
+            if (stimulus.cycle == cycle) {
+                WriteLiteral(stimulus.variable, stimulus.literal, stimulus.origin);
+            }
+        }
+        auto before = Clock::now();
+        if (options.profile) {
+            for (auto& entry : timed) {
+                auto start = Clock::now();
+                entry.executable->Execute();
+                double micros = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+                entry.timing.count += 1;
+                entry.timing.minimum = std::min(entry.timing.minimum, micros);
+                entry.timing.maximum = std::max(entry.timing.maximum, micros);
+                entry.timing.mean += micros;
+            }
+        } else {
+            program.Execute();
+        }
+        auto after = Clock::now();
+        executeSeconds += std::chrono::duration<double>(after - before).count();
+
+        if (options.trace != nullptr) {
+            for (std::size_t i = 0; i < probes.size(); ++i) {
+                probes[i].read(samples[i]);
+            }
+            options.trace->Cycle(cycle, Zon::DateTime::Now().ToUnixTimeMicroseconds(), samples);
+        }
+        if (impl->options.realTime) {
+            std::this_thread::sleep_until(started + options.cycleTime * cycle);
+        } else {
+            Zon::Host::Clock::Advance(options.cycleTime);
+        }
+        if (options.progress != nullptr && after - lastProgress > std::chrono::milliseconds(200) &&
+            after - started > std::chrono::seconds(1)) {
+            *options.progress << fmt::format("\rcycle {}/{} ({}%)", cycle, options.cycles, cycle * 100 / options.cycles)
+                              << std::flush;
+            lastProgress = after;
+            progressShown = true;
+        }
+    }
+    if (progressShown) {
+        *options.progress << "\r\033[K" << std::flush;
+    }
+    if (options.trace != nullptr) {
+        options.trace->End();
+    }
+
+    Summary summary;
+    summary.cycles = options.cycles;
+    summary.ports = GetPortCount();
+    summary.connectors = GetConnectorCount();
+    summary.wallSeconds = std::chrono::duration<double>(Clock::now() - started).count();
+    summary.meanCycleMicroseconds = options.cycles > 0 ? executeSeconds * 1e6 / static_cast<double>(options.cycles) : 0;
+    for (auto& entry : timed) {
+        if (entry.timing.count > 0) {
+            entry.timing.mean /= static_cast<double>(entry.timing.count);
+        } else {
+            entry.timing.minimum = 0;
+        }
+        summary.timings.push_back(entry.timing);
+    }
+    return summary;
+}
+
+void WriteSummary(std::ostream& out, const Simulation::Summary& summary)
+{
+    out << fmt::format("{} cycles, {} ports, {} connectors, {:.3f} s wall time, {:.3f} us per cycle (program)\n",
+                       summary.cycles, summary.ports, summary.connectors, summary.wallSeconds,
+                       summary.meanCycleMicroseconds);
+    if (!summary.timings.empty()) {
+        std::size_t width = 10;
+        for (const auto& timing : summary.timings) {
+            width = std::max(width, timing.name.size());
+        }
+        out << fmt::format("{:<{}}  {:>10}  {:>10}  {:>10}\n", "executable", width, "min us", "mean us", "max us");
+        for (const auto& timing : summary.timings) {
+            out << fmt::format("{:<{}}  {:>10.3f}  {:>10.3f}  {:>10.3f}\n", timing.name, width, timing.minimum,
+                               timing.mean, timing.maximum);
+        }
+    }
+}
+
+} // namespace VarnixSim

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Outline.hpp"
+#include "Probe.hpp"
+#include "Stimulus.hpp"
+#include "Trace.hpp"
+#include "Zon/System/Commons/Diagnostics/Logging/LogLevel.hpp"
+#include "Zon/System/Commons/Diagnostics/Logging/LogSink.hpp"
+
+namespace VarnixSim {
+
+struct SimulationOptions {
+    /// The `.prog.config` on this machine.
+    std::string document;
+    /// Program type; empty: the document's only one.
+    std::string type;
+    /// Instance path "COMPONENT/PROGRAM".
+    std::string instance = "App/Main";
+    /// Level up to which the library's log goes to standard error; none when empty.
+    std::optional<Zon::System::Commons::Diagnostics::Logging::LogLevel> consoleLevel =
+        Zon::System::Commons::Diagnostics::Logging::LogLevel::Warning;
+    /// Real time on the real clock instead of virtual time.
+    bool realTime = false;
+};
+
+/// Time on the virtual clock at the start of every simulated run: 2026-01-01T00:00:00Z.
+inline constexpr std::int64_t VirtualStartMicroseconds = 1767225600LL * 1000000;
+
+/// One simulated controller with one configurable program, built exactly as a controller builds it:
+/// the host runtime on a private file-system root (removed at the end), the document put where the
+/// library looks for it, the program constructed (configuration files, document, ports), its ports
+/// published, the domain proxy's event raised (connectors, parameters, quality providers).
+/// Everything the program does goes through the library's own operations.
+class Simulation {
+public:
+    /// Builds the program. Throws `UsageError` for a document that is missing, not XML, or holds no
+    /// (or more than one, without `type`) program type.
+    explicit Simulation(const SimulationOptions& options);
+    ~Simulation();
+    Simulation(const Simulation&) = delete;
+    Simulation& operator=(const Simulation&) = delete;
+
+    const std::string& GetType() const noexcept;
+    const DocumentOutline& GetOutline() const noexcept;
+    /// The outline of the simulated program type (all its `Program` entries merged).
+    const OutlineProgram& GetProgramOutline() const noexcept;
+    std::size_t GetPortCount() const;
+    std::size_t GetConnectorCount() const;
+    /// Everything the library logged so far, in order.
+    std::vector<Zon::System::Commons::Diagnostics::Logging::LogEntry> GetLog() const;
+    /// The builder's verdict: empty when `Complete` accepts the configuration, else its message.
+    std::string Complete();
+    /// The names of the registered port types and connector type pairs ("copy: int -> double").
+    static std::vector<std::string> PortTypes();
+    static std::vector<std::string> ConnectorTypes();
+
+    /// Stimuli to apply during `Run`; each is resolved and checked now (port name, literal), so that
+    /// a bad one fails before the first cycle with `UsageError`.
+    void AddStimuli(const std::vector<StimulusEntry>& entries);
+
+    struct RunOptions {
+        std::uint64_t cycles = 20;
+        std::chrono::microseconds cycleTime{10000};
+        /// Receives the trace after every cycle; none when null.
+        TraceWriter* trace = nullptr;
+        /// Time each executable on its own.
+        bool profile = false;
+        /// Where a progress line goes for long runs (a terminal); none when null.
+        std::ostream* progress = nullptr;
+    };
+
+    struct ExecutableTiming {
+        std::string name;
+        std::uint64_t count = 0;
+        double minimum = 0, mean = 0, maximum = 0; ///< microseconds
+    };
+
+    struct Summary {
+        std::uint64_t cycles = 0;
+        std::size_t ports = 0;
+        std::size_t connectors = 0;
+        double wallSeconds = 0;
+        double meanCycleMicroseconds = 0;
+        std::vector<ExecutableTiming> timings;
+    };
+
+    Summary Run(const RunOptions& options);
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> impl;
+};
+
+void WriteSummary(std::ostream& out, const Simulation::Summary& summary);
+
+} // namespace VarnixSim
