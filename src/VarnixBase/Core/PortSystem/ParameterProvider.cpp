@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Zon/System/Commons/ArgumentException.hpp"
+#include "VarnixBase/Core/PortSystem/Parameter.hpp"
 
 namespace VarnixBase::Core::PortSystem {
 
@@ -54,5 +55,20 @@ void ParameterProvider::Append(std::shared_ptr<IParameter> parameter)
     }
     parameters.push_back(std::move(parameter));
 }
+
+template <class T>
+Parameter<T>& ParameterProvider::AddParameter(String const& name, T defaultValue)
+{
+    if (HasParameter(name)) {
+        throw ArgumentException("Parameter `{0}` already exists", name);
+    }
+    auto parameter = std::make_shared<Parameter<T>>(name, defaultValue);
+    Parameter<T>& result = *parameter;
+    Append(std::move(parameter));
+    return result;
+}
+
+template Parameter<bool>& ParameterProvider::AddParameter<bool>(String const& name, bool defaultValue);
+template Parameter<double>& ParameterProvider::AddParameter<double>(String const& name, double defaultValue);
 
 } // namespace VarnixBase::Core::PortSystem

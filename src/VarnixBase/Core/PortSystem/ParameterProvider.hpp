@@ -8,6 +8,9 @@
 
 namespace VarnixBase::Core::PortSystem {
 
+template <class T>
+class Parameter;
+
 /// The parameters of one port or connector, by name, in order of adding. No two have the same
 /// name; names compare exactly (length, then bytes, so case-sensitively). Look-ups walk the list
 /// from the front and the first match wins.
@@ -29,9 +32,14 @@ public:
     /// Number of parameters.
     std::size_t Count() const noexcept { return parameters.size(); }
 
-    // Typed parameters (`AddParameter<T>`, creating a `Parameter<T>` with its default value)
-    // are added here together with the typed parameter class; they enter the list through
-    // `Append`.
+    /// Creates the parameter `name` of type `T` (`bool` or `double`) holding `defaultValue` in a
+    /// cell of its own, appends it at the end and returns it. The provider keeps shared ownership,
+    /// so the reference stays valid as long as the provider lives. A name that is taken throws
+    /// `Zon::System::Commons::ArgumentException` "Parameter `{0}` already exists" before anything
+    /// is created; the first parameter of that name stays. No other check is made on the name:
+    /// the empty name is a name like any other.
+    template <class T>
+    Parameter<T>& AddParameter(String const& name, T defaultValue);
 
 protected:
     /// Appends `parameter` at the end. Throws `Zon::System::Commons::ArgumentException`
