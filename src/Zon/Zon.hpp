@@ -25,6 +25,7 @@
 #include "Zon/Plc/Commons/DataType.hpp"
 #include "Zon/Plc/Commons/DataTypeEnum.hpp"
 #include "Zon/Plc/Commons/Domain/PlcDomainProxy.hpp"
+#include "Zon/Plc/Commons/Esm/ProgramBase.hpp"
 #include "Zon/Plc/Commons/Gds/StaticString.hpp"
 #include "Zon/Plc/Commons/Gds/StaticStringBase.hpp"
 #include "Zon/Plc/Commons/Meta/ArrayDimension.hpp"

@@ -74,6 +74,7 @@ TEST_F(ConfigurableProgram, ProvidersStartEmptyAndAreTheSameObjectsEveryTime)
 TEST_F(ConfigurableProgram, WithAnEmptyListExecuteReturnsAtOnce)
 {
     ConfigurableProgramBaseImpl program("App/Main", "TankControl", domain);
+    Capture().Clear();
     VarnixTest::ResourceCounter counter;
     EXPECT_NO_THROW(program.Execute());
     EXPECT_EQ(counter.Allocations(), 0u);

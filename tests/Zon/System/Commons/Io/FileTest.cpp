@@ -71,3 +71,29 @@ TEST_F(FileUnderRoot, ModificationTimesReadAndSet)
     EXPECT_EQ(FileSystemInfo::GetLastWriteTime("/t.txt").GetKind(), Zon::DateTime::Kind::Utc);
     EXPECT_THROW(FileSystemInfo::GetLastWriteTime("/none.txt"), NotExistException);
 }
+
+TEST_F(FileUnderRoot, ATimeSetWithAnotherKindReadsBackWithThatKindAndTheSameTicks)
+{
+    WritePlatformFile("/k.txt", "x");
+    auto utc = Zon::DateTime::FromUnixTimeMicroseconds(1'600'000'000'250'000);
+    auto local = Zon::DateTime::FromTicks(utc.GetTicks(), Zon::DateTime::Kind::Local);
+    FileSystemInfo::SetLastWriteTime("/k.txt", local);
+    Zon::DateTime read = FileSystemInfo::GetLastWriteTime("/k.txt");
+    EXPECT_EQ(read.GetValue(), local.GetValue());
+    EXPECT_NE(read.GetValue(), utc.GetValue());
+    EXPECT_EQ(read.GetValue() & Zon::DateTime::TicksMask, utc.GetValue() & Zon::DateTime::TicksMask);
+
+    FileSystemInfo::SetLastWriteTime("/k.txt", utc);
+    EXPECT_EQ(FileSystemInfo::GetLastWriteTime("/k.txt").GetValue(), utc.GetValue());
+}
+
+TEST_F(FileUnderRoot, AFileWrittenAfterItsTimeWasSetWithAnotherKindReadsAsUtcAgain)
+{
+    WritePlatformFile("/k.txt", "x");
+    auto local = Zon::DateTime::FromUnixTimeMicroseconds(1'600'000'000'000'000, Zon::DateTime::Kind::Local);
+    FileSystemInfo::SetLastWriteTime("/k.txt", local);
+    ASSERT_EQ(FileSystemInfo::GetLastWriteTime("/k.txt").GetKind(), Zon::DateTime::Kind::Local);
+    WritePlatformFile("/a.txt", "y");
+    ASSERT_TRUE(File::Copy("/a.txt", "/k.txt", true, true));
+    EXPECT_EQ(FileSystemInfo::GetLastWriteTime("/k.txt").GetKind(), Zon::DateTime::Kind::Utc);
+}
