@@ -6,41 +6,11 @@
 
 #include "Zon/System/Commons/ArgumentException.hpp"
 #include "Zon/System/Commons/InvalidConfigException.hpp"
-#include "VarnixBase/Commons/Gds/StaticStringAdapter.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
-#include "VarnixBase/Core/PortSystem/CopyConnector.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/OrderedArrayMap.hpp"
 #include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
-#include "VarnixBase/Core/PortSystem/ScaleConnector.hpp"
 
 namespace VarnixBase::Core::PortSystem {
-
-namespace {
-
-template <class... T>
-struct TypeList {};
-
-/// The numeric value types, in the order in which their pairs are registered.
-using NumericTypes = TypeList<bool, signed char, unsigned char, short, unsigned short, int, unsigned int, long,
-                              unsigned long, float, double>;
-using ScaleTypes = TypeList<signed char, unsigned char, short, unsigned short, int, unsigned int, long,
-                            unsigned long, float, double>;
-
-/// Registers `Connector<In, Out>` for every `Out`, in order.
-template <template <class, class> class Connector, class In, class... Out>
-void AddRow(ConnectorFactory& factory, const String& type, TypeList<Out...>)
-{
-    (factory.AddFactoryMethod<Connector<In, Out>>(type), ...);
-}
-
-/// Registers `Connector<In, Out>` for every pair, the input in the outer loop.
-template <template <class, class> class Connector, class... In, class Outputs>
-void AddMatrix(ConnectorFactory& factory, const String& type, TypeList<In...>, Outputs outputs)
-{
-    (AddRow<Connector, In>(factory, type, outputs), ...);
-}
-
-} // namespace
 
 using Logger = Zon::System::Commons::Diagnostics::Logging::Loggable<ConnectorFactory>;
 
@@ -64,20 +34,6 @@ ConnectorFactory::ConnectorFactory() : impl(std::make_unique<Impl>())
 }
 
 ConnectorFactory::~ConnectorFactory() = default;
-
-void ConnectorFactory::AddCopyConnectors()
-{
-    const String copy("copy");
-    AddMatrix<CopyConnector>(*this, copy, NumericTypes{}, NumericTypes{});
-    using Commons::Gds::StaticStringAdapter;
-    AddFactoryMethod<CopyConnector<StaticStringAdapter<char>, StaticStringAdapter<char>>>(copy);
-    AddFactoryMethod<CopyConnector<StaticStringAdapter<char16_t>, StaticStringAdapter<char16_t>>>(copy);
-}
-
-void ConnectorFactory::AddScaleConnectors()
-{
-    AddMatrix<ScaleConnector>(*this, String("scale"), ScaleTypes{}, ScaleTypes{});
-}
 
 std::shared_ptr<IConnector> ConnectorFactory::Create(const String& type, const String& name, const String& startPort,
                                                      const String& endPort)
