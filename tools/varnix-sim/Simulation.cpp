@@ -224,7 +224,7 @@ std::vector<std::string> Simulation::PortTypes()
 std::vector<std::string> Simulation::ConnectorTypes()
 {
     std::vector<std::string> pairs;
-    for (const auto& pair : Factories::ConnectorFactory::GetInstance().GetTypePairs()) {
+    for (const auto& pair : ConnectorFactory::GetInstance().GetTypePairs()) {
         pairs.push_back(fmt::format("{}: {} -> {}", pair.type, pair.inputType, pair.outputType));
     }
     return pairs;

@@ -62,16 +62,18 @@ public:
     void Begin(const std::vector<TraceColumn>& traced) override
     {
         columns = traced;
+        // Rows are written as the run goes, so widths come from the header and the kind of value:
+        // wide enough for the common cases, and a longer cell simply pushes its row to the right.
         headers = {"cycle", "time ms"};
+        widths = {8, 10};
         for (const auto& column : columns) {
             headers.push_back(column.name);
+            std::size_t valueWidth = column.kind == ValueKind::Real ? 12 : column.kind == ValueKind::Text ? 16 : 8;
+            widths.push_back(std::max(column.name.size(), valueWidth));
             if (column.hasQuality) {
                 headers.push_back(column.name + " quality");
+                widths.push_back(std::max<std::size_t>(headers.back().size(), 17));
             }
-        }
-        widths.clear();
-        for (const auto& header : headers) {
-            widths.push_back(std::max<std::size_t>(header.size(), 8));
         }
         WriteRow(headers);
         std::vector<std::string> rule;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "Outline.hpp"
+#include "Zon/System/Commons/Diagnostics/Logging/LogLevel.hpp"
+
+namespace VarnixSim {
+
+class Simulation;
+
+/// One problem of a document, at the line of the element it concerns (0: the document as a whole).
+struct Problem {
+    std::string severity; ///< "error" or "warning"
+    long line = 0;
+    std::string message;
+};
+
+/// Every problem the build of `simulation`'s program met: each error and warning the library
+/// logged, pointed at the element it concerns; the builder's verdict (`Complete`); and the
+/// simulator's own checks, quality providers in a cycle and ports whose dimension is not 1.
+std::vector<Problem> CollectProblems(Simulation& simulation);
+
+/// Points each logged message at the element it concerns. The builder works through the document
+/// in order and logs what it does, so the log itself says which element a failure belongs to.
+std::vector<Problem> AttributeLog(const DocumentOutline& outline, const OutlineProgram& program,
+                                  const std::vector<Zon::System::Commons::Diagnostics::Logging::LogEntry>& log);
+
+/// "FILE:LINE: SEVERITY: MESSAGE" (without ":LINE" for the document as a whole), one per line.
+void WriteProblems(std::ostream& out, const std::string& file, const std::vector<Problem>& problems);
+
+} // namespace VarnixSim

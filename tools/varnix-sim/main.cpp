@@ -1,0 +1,304 @@
+// varnix-sim: plays the controller for a configurable program on a PC.
+//   varnix-sim run DOCUMENT      build the program and run task cycles, tracing its ports
+//   varnix-sim check DOCUMENT    build the program and report every problem with its line
+//   varnix-sim graph DOCUMENT    draw the program as a Graphviz graph
+//   varnix-sim types             list the registered port types and connector type pairs
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <regex>
+#include <sstream>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "Check.hpp"
+#include "Graph.hpp"
+#include "Simulation.hpp"
+#include "Zon/Exception.hpp"
+#include "Zon/Host/Runtime.hpp"
+
+using namespace VarnixSim;
+using Zon::System::Commons::Diagnostics::Logging::LogLevel;
+
+namespace {
+
+constexpr int ExitValid = 0;
+constexpr int ExitProblems = 1;
+constexpr int ExitUsage = 2;
+
+std::chrono::microseconds ParseDuration(const std::string& text)
+{
+    static const std::regex pattern("^([0-9]+(?:\\.[0-9]+)?)(us|ms|s)$");
+    std::smatch match;
+    if (!std::regex_match(text, match, pattern)) {
+        throw UsageError(fmt::format("--cycle-time {}: expected a duration such as 10ms, 500us or 1s", text));
+    }
+    double value = std::stod(match[1].str());
+    double factor = match[2] == "us" ? 1.0 : match[2] == "ms" ? 1e3 : 1e6;
+    auto micros = static_cast<long long>(value * factor);
+    if (micros <= 0) {
+        throw UsageError(fmt::format("--cycle-time {}: must be at least 1us", text));
+    }
+    return std::chrono::microseconds(micros);
+}
+
+LogLevel ParseLogLevel(const std::string& text)
+{
+    LogLevel level = LogLevel::Warning;
+    if (!Zon::System::Commons::Diagnostics::Logging::TryParseLogLevel(text, level)) {
+        throw UsageError(fmt::format("--log-level {}: expected error, warning, info, debug or trace", text));
+    }
+    return level;
+}
+
+TraceFormat FormatFor(const std::string& format, const std::string& traceFile)
+{
+    TraceFormat result = TraceFormat::Table;
+    if (!format.empty()) {
+        if (!TryParseTraceFormat(format, result)) {
+            throw UsageError(fmt::format("--format {}: expected table, csv, jsonl or vcd", format));
+        }
+        return result;
+    }
+    auto endsWith = [&](const char* suffix) {
+        std::string s(suffix);
+        return traceFile.size() >= s.size() && traceFile.compare(traceFile.size() - s.size(), s.size(), s) == 0;
+    };
+    if (endsWith(".csv")) {
+        return TraceFormat::Csv;
+    }
+    if (endsWith(".jsonl") || endsWith(".json")) {
+        return TraceFormat::Jsonl;
+    }
+    if (endsWith(".vcd")) {
+        return TraceFormat::Vcd;
+    }
+    return TraceFormat::Table;
+}
+
+struct RunArguments {
+    std::string document;
+    std::string type;
+    std::string instance = "App/Main";
+    std::uint64_t cycles = 20;
+    std::string cycleTime = "10ms";
+    std::vector<std::string> sets;
+    std::string stimulus;
+    std::string trace;
+    std::string format;
+    std::string logLevel = "warning";
+    bool realTime = false;
+    bool profile = false;
+    bool force = false;
+};
+
+int Run(const RunArguments& arguments)
+{
+    SimulationOptions options;
+    options.document = arguments.document;
+    options.type = arguments.type;
+    options.instance = arguments.instance;
+    options.consoleLevel = ParseLogLevel(arguments.logLevel);
+    options.realTime = arguments.realTime;
+    auto cycleTime = ParseDuration(arguments.cycleTime);
+    std::vector<StimulusEntry> stimuli;
+    if (!arguments.stimulus.empty()) {
+        stimuli = LoadStimulusFile(arguments.stimulus);
+    }
+    for (const auto& set : arguments.sets) {
+        stimuli.push_back(ParseSetOption(set));
+    }
+
+    Simulation simulation(options);
+    if (!arguments.force) {
+        for (const auto& problem : CollectProblems(simulation)) {
+            if (problem.message.rfind("quality providers form a cycle", 0) == 0) {
+                std::cerr << fmt::format("{}:{}: error: {}\n", arguments.document, problem.line, problem.message)
+                          << "varnix-sim: not running a program whose qualities recurse; --force runs it anyway\n";
+                return ExitProblems;
+            }
+        }
+    }
+    simulation.AddStimuli(stimuli);
+
+    std::ofstream file;
+    std::ostream* out = &std::cout;
+    if (!arguments.trace.empty()) {
+        file.open(arguments.trace, std::ios::binary | std::ios::trunc);
+        if (!file) {
+            throw UsageError(fmt::format("--trace {}: cannot write the file", arguments.trace));
+        }
+        out = &file;
+    }
+    auto writer = MakeTraceWriter(FormatFor(arguments.format, arguments.trace), *out);
+    Simulation::RunOptions run;
+    run.cycles = arguments.cycles;
+    run.cycleTime = cycleTime;
+    run.trace = writer.get();
+    run.profile = arguments.profile;
+    run.progress = ::isatty(STDERR_FILENO) != 0 ? &std::cerr : nullptr;
+    auto summary = simulation.Run(run);
+    std::ostringstream text;
+    WriteSummary(text, summary);
+    std::cerr << text.str();
+    return ExitValid;
+}
+
+int Check(const std::string& document, const std::string& type)
+{
+    SimulationOptions options;
+    options.document = document;
+    options.type = type;
+    options.consoleLevel.reset();
+    Simulation simulation(options);
+    auto problems = CollectProblems(simulation);
+    WriteProblems(std::cout, document, problems);
+    std::size_t errors = 0;
+    for (const auto& problem : problems) {
+        errors += problem.severity == "error" ? 1 : 0;
+    }
+    std::cout << fmt::format("{}: program type `{}`: {} ports, {} connectors, {} errors, {} warnings: {}\n", document,
+                             simulation.GetType(), simulation.GetPortCount(), simulation.GetConnectorCount(), errors,
+                             problems.size() - errors, problems.empty() ? "valid" : "has problems");
+    return problems.empty() ? ExitValid : ExitProblems;
+}
+
+int Graph(const std::string& document, const std::string& type, const std::string& output)
+{
+    auto outline = ReadOutline(document);
+    std::string chosen = type;
+    if (chosen.empty()) {
+        auto types = outline.ProgramTypes();
+        if (types.size() != 1) {
+            throw UsageError(fmt::format("{}: the document has {} program types: choose one with --type", document,
+                                         types.size()));
+        }
+        chosen = types.front();
+    } else if (outline.Merged(chosen).line == 0) {
+        throw UsageError(fmt::format("{}: no Program of type '{}'", document, chosen));
+    }
+    std::ostringstream dot;
+    WriteDot(dot, outline.Merged(chosen));
+    bool svg = output.size() > 4 && output.compare(output.size() - 4, 4, ".svg") == 0;
+    if (!svg) {
+        if (output.empty()) {
+            std::cout << dot.str();
+            return ExitValid;
+        }
+        std::ofstream file(output, std::ios::binary | std::ios::trunc);
+        if (!(file << dot.str())) {
+            throw UsageError(fmt::format("--output {}: cannot write the file", output));
+        }
+        return ExitValid;
+    }
+    if (std::system("command -v dot >/dev/null 2>&1") != 0) {
+        throw UsageError(fmt::format("--output {}: SVG needs Graphviz's dot, which is not installed "
+                                     "(apt-get install graphviz); write a .dot file instead",
+                                     output));
+    }
+    std::string command = fmt::format("dot -Tsvg -o '{}'", std::regex_replace(output, std::regex("'"), "'\\''"));
+    FILE* pipe = ::popen(command.c_str(), "w");
+    if (pipe == nullptr) {
+        throw UsageError("cannot start Graphviz's dot");
+    }
+    std::fwrite(dot.str().data(), 1, dot.str().size(), pipe);
+    if (::pclose(pipe) != 0) {
+        throw UsageError(fmt::format("--output {}: Graphviz's dot failed", output));
+    }
+    return ExitValid;
+}
+
+int Types()
+{
+    Zon::Host::RuntimeOptions options;
+    options.consoleLevel.reset();
+    options.captureLevel.reset();
+    Zon::Host::Runtime runtime(options);
+    std::cout << "Port types:\n";
+    for (const auto& name : Simulation::PortTypes()) {
+        std::cout << "  " << name << '\n';
+    }
+    std::cout << "Connector types (type: input -> output):\n";
+    for (const auto& pair : Simulation::ConnectorTypes()) {
+        std::cout << "  " << pair << '\n';
+    }
+    return ExitValid;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app{"varnix-sim: plays the controller for a configurable program on a PC"};
+    app.require_subcommand(1);
+    app.set_help_all_flag("--help-all", "Help for every command");
+
+    RunArguments runArguments;
+    auto* run = app.add_subcommand("run", "Build the program from DOCUMENT and run task cycles, tracing its ports");
+    run->add_option("document", runArguments.document, "The .prog.config")->required();
+    run->add_option("--type", runArguments.type, "Program type (needed when the document has several)");
+    run->add_option("--instance", runArguments.instance, "Instance path COMPONENT/PROGRAM (default App/Main)");
+    run->add_option("--cycles", runArguments.cycles, "Task cycles to run (default 20)");
+    run->add_option("--cycle-time", runArguments.cycleTime, "Cycle time, such as 10ms, 500us, 1s (default 10ms)");
+    run->add_option("--set", runArguments.sets, "PORT=LITERAL[@CYCLE]: write a value before a cycle (default 1)");
+    run->add_option("--stimulus", runArguments.stimulus, "CSV file: cycle,PORT,... with values to write");
+    run->add_option("--trace", runArguments.trace, "Write the trace to this file instead of standard output");
+    run->add_option("--format", runArguments.format, "table, csv, jsonl or vcd (default: by --trace's ending, else table)");
+    run->add_option("--log-level", runArguments.logLevel, "error, warning, info, debug or trace (default warning)");
+    run->add_flag("--real-time", runArguments.realTime, "Run at the real pace on the real clock");
+    run->add_flag("--profile", runArguments.profile, "Time every executable: minimum, mean, maximum");
+    run->add_flag("--force", runArguments.force, "Run even when quality providers form a cycle");
+
+    std::string checkDocument, checkType;
+    auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line");
+    check->add_option("document", checkDocument, "The .prog.config")->required();
+    check->add_option("--type", checkType, "Program type (needed when the document has several)");
+
+    std::string graphDocument, graphType, graphOutput;
+    auto* graph = app.add_subcommand("graph", "Draw the program of DOCUMENT as a Graphviz graph");
+    graph->add_option("document", graphDocument, "The .prog.config")->required();
+    graph->add_option("--type", graphType, "Program type (needed when the document has several)");
+    graph->add_option("--output", graphOutput, "FILE.dot or FILE.svg (default: dot text on standard output)");
+
+    auto* types = app.add_subcommand("types", "List the registered port types and connector type pairs");
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        std::cout << app.help();
+        return ExitValid;
+    } catch (const CLI::CallForAllHelp&) {
+        std::cout << app.help("", CLI::AppFormatMode::All);
+        return ExitValid;
+    } catch (const CLI::ParseError& error) {
+        std::cerr << "varnix-sim: " << error.what() << " (see varnix-sim --help)\n";
+        return ExitUsage;
+    }
+
+    try {
+        if (*run) {
+            return Run(runArguments);
+        }
+        if (*check) {
+            return Check(checkDocument, checkType);
+        }
+        if (*graph) {
+            return Graph(graphDocument, graphType, graphOutput);
+        }
+        if (*types) {
+            return Types();
+        }
+    } catch (const UsageError& error) {
+        std::cerr << "varnix-sim: " << error.what() << '\n';
+        return ExitUsage;
+    } catch (const Zon::Exception& error) {
+        std::cerr << "varnix-sim: " << error.what() << '\n';
+        return ExitProblems;
+    } catch (const std::exception& error) {
+        std::cerr << "varnix-sim: " << error.what() << '\n';
+        return ExitProblems;
+    }
+    return ExitUsage;
+}
