@@ -92,6 +92,7 @@ struct RunArguments {
     bool realTime = false;
     bool profile = false;
     bool force = false;
+    bool noTrace = false;
 };
 
 int Run(const RunArguments& arguments)
@@ -132,7 +133,13 @@ int Run(const RunArguments& arguments)
         }
         out = &file;
     }
-    auto writer = MakeTraceWriter(FormatFor(arguments.format, arguments.trace), *out);
+    if (arguments.noTrace && !arguments.trace.empty()) {
+        throw UsageError("--no-trace and --trace exclude each other");
+    }
+    std::unique_ptr<TraceWriter> writer;
+    if (!arguments.noTrace) {
+        writer = MakeTraceWriter(FormatFor(arguments.format, arguments.trace), *out);
+    }
     Simulation::RunOptions run;
     run.cycles = arguments.cycles;
     run.cycleTime = cycleTime;
@@ -250,6 +257,7 @@ int main(int argc, char** argv)
     run->add_flag("--real-time", runArguments.realTime, "Run at the real pace on the real clock");
     run->add_flag("--profile", runArguments.profile, "Time every executable: minimum, mean, maximum");
     run->add_flag("--force", runArguments.force, "Run even when quality providers form a cycle");
+    run->add_flag("--no-trace", runArguments.noTrace, "Run without a trace (for long runs); only the summary");
 
     std::string checkDocument, checkType;
     auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line");

@@ -39,6 +39,9 @@ varnix_sim_test(TankProfile RC 0
   ARGS "run|examples/tank/TankProgram.prog.config|--cycles|50|--profile"
   STDERR_REGEX "executable +min us +mean us +max us\nraw +[0-9.]+ +[0-9.]+ +[0-9.]+\nraw:level .*\nlevel:display ")
 
+varnix_sim_test(NoTraceOnlySummary RC 0 ARGS "run|examples/tank/TankProgram.prog.config|--cycles|1000|--no-trace"
+  STDOUT_REGEX "^$" STDERR_REGEX "^1000 cycles, 3 ports, 2 connectors")
+
 # check
 varnix_sim_test(CheckValid RC 0 ARGS "check|examples/tank/TankProgram.prog.config"
   STDOUT_REGEX "program type `TankProgram`: 3 ports, 2 connectors, 0 errors, 0 warnings: valid")
