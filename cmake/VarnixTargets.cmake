@@ -3,7 +3,16 @@
 
 add_library(varnix_build_flags INTERFACE)
 target_compile_options(varnix_build_flags INTERFACE -Wall -Wextra)
-if(VARNIX_SANITIZE)
+if(VARNIX_BUILD_FUZZ)
+  # The fuzz build: every library is instrumented for libFuzzer's coverage and runs under
+  # AddressSanitizer and UndefinedBehaviorSanitizer; only the fuzz targets link libFuzzer itself.
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "VARNIX_BUILD_FUZZ needs clang: configure with -DCMAKE_CXX_COMPILER=clang++")
+  endif()
+  target_compile_options(varnix_build_flags INTERFACE
+    -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(varnix_build_flags INTERFACE -fsanitize=address,undefined)
+elseif(VARNIX_SANITIZE)
   target_compile_options(varnix_build_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(varnix_build_flags INTERFACE -fsanitize=address,undefined)
@@ -46,4 +55,14 @@ function(varnix_add_benchmark target)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE ${ARG_LINK} benchmark::benchmark varnix_build_flags)
+endfunction()
+
+# varnix_add_fuzzer(<target> SOURCES <files>... [LINK <libs>...])
+# A libFuzzer target (the sources define LLVMFuzzerTestOneInput); only in the fuzz build.
+function(varnix_add_fuzzer target)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${target} ${ARG_SOURCES})
+  target_compile_options(${target} PRIVATE -fsanitize=fuzzer)
+  target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+  target_link_libraries(${target} PRIVATE ${ARG_LINK} varnix_build_flags)
 endfunction()

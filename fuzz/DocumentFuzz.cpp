@@ -1,0 +1,239 @@
+// Fuzz target: every input is written as a `.prog.config` file below a temporary host root and
+// loaded through `ConfigurableProgramDocument::Load`.
+//
+// What counts as a finding, besides what the sanitizers report (memory errors, undefined
+// behaviour, leaks):
+// - any exception out of `Load` other than the document's own `InvalidConfigException` (the file
+//   is always there, so not even `NotExistException` may come);
+// - a successful load whose result changes when the same file is loaded again into the same
+//   document (a second load replaces the first one's content and never adds to it).
+//
+// A load that ends in a `Parameter` without exactly one of `value` and `ref` keeps the libxml2 tree
+// by design. The target takes that tree back itself (see AcceptedTree below), so that the leak
+// checker still reports any other leak, and memory stays bounded over millions of inputs.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include <libxml/globals.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlmemory.h>
+
+#include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocument.hpp"
+#include "Zon/Host/Runtime.hpp"
+#include "Zon/System/Commons/InvalidConfigException.hpp"
+
+using VarnixBase::Core::PortSystem::Configuration::ConfigurableProgramDocument;
+using VarnixBase::Core::PortSystem::Configuration::ConfigurableProgramSettings;
+using Zon::System::Commons::InvalidConfigException;
+
+namespace {
+
+constexpr const char* documentPath = "/opt/varnix/data/Fuzz.prog.config";
+constexpr const char* parameterMessage = "Parameter must contain exactly one attribute of `value` or `ref`";
+
+/// The libxml2 tree that a load failing in a `Parameter` keeps. libxml2's allocator is routed
+/// through the functions below; while a load runs, every block of the size of a document record
+/// is noted. After a failed load, the noted blocks that are still alive and are documents (node
+/// type document, pointing to themselves) are the kept trees, and `Reclaim` frees them. Nothing
+/// else is freed, so any other block that a load leaves behind still shows up as a leak.
+class AcceptedTree {
+public:
+    static void Install()
+    {
+        xmlMemSetup(&Free, &Malloc, &Realloc, &Strdup);
+    }
+
+    static void Watch(bool on)
+    {
+        watching = on;
+        if (!on) {
+            Candidates().clear();
+        }
+    }
+
+    /// Frees the document trees left over from the load that just failed.
+    static void Reclaim()
+    {
+        std::vector<xmlDoc*> documents;
+        for (void* block : Candidates()) {
+            auto* document = static_cast<xmlDoc*>(block);
+            if (document->type == XML_DOCUMENT_NODE && document->doc == document) {
+                documents.push_back(document);
+            }
+        }
+        bool was = watching;
+        watching = false;
+        for (xmlDoc* document : documents) {
+            xmlFreeDoc(document);
+        }
+        watching = was;
+    }
+
+private:
+    static std::unordered_set<void*>& Candidates()
+    {
+        static auto* blocks = new std::unordered_set<void*>();
+        return *blocks;
+    }
+
+    static void Note(void* block, std::size_t size)
+    {
+        if (block != nullptr && watching && size == sizeof(xmlDoc)) {
+            Candidates().insert(block);
+        }
+    }
+
+    static void Forget(void* block)
+    {
+        if (block != nullptr && !Candidates().empty()) {
+            Candidates().erase(block);
+        }
+    }
+
+    static void* Malloc(std::size_t size)
+    {
+        void* block = std::malloc(size);
+        Note(block, size);
+        return block;
+    }
+
+    static void* Realloc(void* block, std::size_t size)
+    {
+        void* moved = std::realloc(block, size);
+        if (moved != nullptr || size == 0) {
+            Forget(block);
+            Note(moved, size);
+        }
+        return moved;
+    }
+
+    static void Free(void* block)
+    {
+        Forget(block);
+        std::free(block);
+    }
+
+    static char* Strdup(const char* text)
+    {
+        std::size_t size = std::strlen(text) + 1;
+        auto* copy = static_cast<char*>(Malloc(size));
+        if (copy != nullptr) {
+            std::memcpy(copy, text, size);
+        }
+        return copy;
+    }
+
+    static inline bool watching = false;
+};
+
+/// The host runtime for the whole run: a temporary file-system root, no console log and no
+/// captured log (the capture would grow with every warning of every input).
+class Host {
+public:
+    Host()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "varnix-fuzz-XXXXXX").string();
+        if (::mkdtemp(pattern.data()) == nullptr) {
+            std::perror("mkdtemp");
+            std::abort();
+        }
+        root = pattern;
+        std::filesystem::create_directories(root / "opt/varnix/data");
+        file = root / "opt/varnix/data/Fuzz.prog.config";
+
+        Zon::Host::RuntimeOptions options;
+        options.fileSystemRoot = root.string();
+        options.consoleLevel.reset();
+        options.captureLevel.reset();
+        runtime.emplace(options);
+    }
+
+    ~Host()
+    {
+        runtime.reset();
+        std::error_code error;
+        std::filesystem::remove_all(root, error);
+    }
+
+    void Write(const std::uint8_t* data, std::size_t size) const
+    {
+        std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+        stream.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
+        if (!stream) {
+            std::fprintf(stderr, "cannot write %s\n", file.c_str());
+            std::abort();
+        }
+    }
+
+private:
+    std::filesystem::path root;
+    std::filesystem::path file;
+    std::optional<Zon::Host::Runtime> runtime;
+};
+
+Host* host = nullptr;
+
+/// Loads the file; true when it loaded, false when it ended in the document's own exception.
+/// Anything else is a finding.
+bool Load(ConfigurableProgramDocument& document)
+{
+    AcceptedTree::Watch(true);
+    try {
+        document.Load(documentPath);
+        AcceptedTree::Watch(false);
+        return true;
+    } catch (const InvalidConfigException& e) {
+        if (e.GetMessage() == parameterMessage) {
+            AcceptedTree::Reclaim();
+        }
+        AcceptedTree::Watch(false);
+        return false;
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "Load let an unexpected exception out: %s\n", e.what());
+        std::abort();
+    } catch (...) {
+        std::fprintf(stderr, "Load let an unexpected exception out\n");
+        std::abort();
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    // Before libxml2 allocates anything.
+    AcceptedTree::Install();
+    host = new Host();
+    std::atexit([] {
+        delete host;
+        host = nullptr;
+    });
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    host->Write(data, size);
+    ConfigurableProgramDocument document;
+    if (!Load(document)) {
+        return 0;
+    }
+    std::vector<ConfigurableProgramSettings> first = document.GetPrograms();
+    if (!Load(document) || document.GetPrograms() != first) {
+        std::fprintf(stderr, "loading the same file a second time gave another result\n");
+        std::abort();
+    }
+    return 0;
+}
