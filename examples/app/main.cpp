@@ -33,6 +33,7 @@
 #include "VarnixBase/Core/PortSystem/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
+#include "Zon/CommonTypeName.hpp"
 #include "Zon/Exception.hpp"
 #include "Zon/Host/Clock.hpp"
 #include "Zon/Host/Component.hpp"
@@ -102,12 +103,16 @@ public:
     template <class T>
     void Connect(const std::string& from, const std::string& to)
     {
+        // Both ends must be a `T`, as the meta data names types, so that copying sizeof(T) bytes
+        // stays inside both variables.
+        const Zon::String expected = Zon::CommonTypeName<T>();
         auto& browser = MetaInfoProvider::GetInstance().GetDataBrowser();
-        auto fromType = VarnixBase::Core::PortSystem::GetCommonTypeName(browser.GetDataInfo(Zon::String(from)));
-        auto toType = VarnixBase::Core::PortSystem::GetCommonTypeName(browser.GetDataInfo(Zon::String(to)));
-        if (fromType != toType) {
-            throw std::runtime_error("data flow " + from + " -> " + to + " joins " + fromType.ToStdString() +
-                                     " and " + toType.ToStdString());
+        for (const auto& path : {from, to}) {
+            auto type = VarnixBase::Core::PortSystem::GetCommonTypeName(browser.GetDataInfo(Zon::String(path)));
+            if (type != expected) {
+                throw std::runtime_error("data flow " + from + " -> " + to + ": " + path + " is " +
+                                         type.ToStdString() + ", not " + expected.ToStdString());
+            }
         }
         links.push_back({Resolve(from), Resolve(to), sizeof(T)});
     }
@@ -171,6 +176,26 @@ class ControllerHost {
 public:
     explicit ControllerHost(const fs::path& document)
     {
+        try {
+            BringUp(document);
+        } catch (...) {
+            TakeDown();
+            throw;
+        }
+    }
+
+    ~ControllerHost() { TakeDown(); }
+
+    ControllerHost(const ControllerHost&) = delete;
+    ControllerHost& operator=(const ControllerHost&) = delete;
+
+    VarnixBase::Core::PortSystem::ConfigurableProgramBaseImpl& GetProgram() { return program->GetProgram(); }
+    HostedProgram& GetHostedProgram() { return *program; }
+    DriveAxis& GetAxis() { return axis; }
+
+private:
+    void BringUp(const fs::path& document)
+    {
         // The firmware's part: application domain, logging, domain proxy, file system, clock.
         Zon::Host::RuntimeOptions options;
         options.fileSystemRoot = root.path.string();
@@ -215,11 +240,14 @@ public:
         runtime->RaisePortsPublished();
     }
 
-    ~ControllerHost()
+    /// In reverse: the program withdraws its ports, the components leave the meta data, then the
+    /// publisher, the component, the types and the runtime go.
+    void TakeDown() noexcept
     {
         program.reset();
         if (component != nullptr) {
             MetaInfoProvider::GetInstance().Remove(*component);
+            component = nullptr;
         }
         if (drive) {
             MetaInfoProvider::GetInstance().Remove(*drive);
@@ -231,14 +259,6 @@ public:
         Zon::Host::Clock::UseReal();
     }
 
-    ControllerHost(const ControllerHost&) = delete;
-    ControllerHost& operator=(const ControllerHost&) = delete;
-
-    VarnixBase::Core::PortSystem::ConfigurableProgramBaseImpl& GetProgram() { return program->GetProgram(); }
-    HostedProgram& GetHostedProgram() { return *program; }
-    DriveAxis& GetAxis() { return axis; }
-
-private:
     PrivateRoot root;
     std::unique_ptr<Zon::Host::Runtime> runtime;
     std::unique_ptr<Zon::Host::TypeLibrary> library;
