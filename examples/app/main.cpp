@@ -30,7 +30,7 @@
 #include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
 #include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
 #include "VarnixBase/Core/PortSystem/HostedProgram.hpp"
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
 #include "Zon/CommonTypeName.hpp"

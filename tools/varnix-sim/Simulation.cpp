@@ -16,7 +16,7 @@
 #include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
 #include "VarnixBase/Core/PortSystem/HostedProgram.hpp"
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
 #include "Zon/Exception.hpp"
 #include "Zon/Host/Clock.hpp"

@@ -8,7 +8,7 @@
 
 #include "VarnixBase/Core/PortSystem/ConfigurableProgramBaseImpl.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "Zon/AppDomain.hpp"
 #include "Zon/Exception.hpp"

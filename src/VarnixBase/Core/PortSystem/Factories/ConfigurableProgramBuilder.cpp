@@ -17,7 +17,7 @@
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocument.hpp"
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocumentHelper.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 
 namespace VarnixBase::Core::PortSystem {
 

@@ -11,7 +11,7 @@
 #include "VarnixBase/Core/PortSystem/AnalogInPort.hpp"
 #include "VarnixBase/Core/PortSystem/PnDeviceStatePort.hpp"
 #include "VarnixBase/Core/PortSystem/Port.hpp"
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 #include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
 #include "Zon/CommonTypeName.hpp"
 #include "Zon/System/Commons/ArgumentException.hpp"

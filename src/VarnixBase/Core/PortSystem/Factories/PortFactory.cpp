@@ -1,4 +1,4 @@
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 
 #include <map>
 #include <utility>
