@@ -77,6 +77,12 @@ def main():
             benches[bench["name"]] = bench
         suite = path.stem.removeprefix("bench_")
         for name, bench in benches.items():
+            extra = {k: v for k, v in bench.items() if k not in STANDARD_KEYS and isinstance(v, (int, float))}
+            if extra:
+                for key in extra:
+                    if key not in counter_names:
+                        counter_names.append(key)
+                counter_rows.append((suite, name, extra))
             head, args = split_name(name)
             if head.endswith("_Baseline"):
                 continue
@@ -86,12 +92,6 @@ def main():
             mine = per_item if (base and item_ns(base)) or (not base and per_item) else value
             ratio = f"{mine / base_value:.2f}" if base_value else "-"
             rows.append((suite, f"`{name}`", show(value), show(per_item), show(base_value), ratio))
-            extra = {k: v for k, v in bench.items() if k not in STANDARD_KEYS and isinstance(v, (int, float))}
-            if extra:
-                for key in extra:
-                    if key not in counter_names:
-                        counter_names.append(key)
-                counter_rows.append((suite, name, extra))
 
     print("# Benchmarks\n")
     print("Written by `scripts/bench`. Each figure is measured beside a hand-written baseline in the same")
@@ -115,10 +115,14 @@ def main():
     print("|---|---|---|---|---|---|")
     for row in rows:
         print("| " + " | ".join(row) + " |")
+    # The start-up's phases in the order they happen, any other counter after them.
+    order = ["construct", "publish", "event"]
+    first_seen = list(counter_names)
+    counter_names.sort(key=lambda k: (order.index(k) if k in order else len(order), first_seen.index(k)))
     if counter_rows:
         print("\n## Counters\n")
-        print("Counters that figures report beside their time (for the start-up: nanoseconds per item in")
-        print("each phase).\n")
+        print("Counters that figures and baselines report beside their time (for the start-up:")
+        print("nanoseconds per item in each phase).\n")
         print("| suite | figure | " + " | ".join(counter_names) + " |")
         print("|---|---|" + "---|" * len(counter_names))
         for suite, name, extra in counter_rows:
