@@ -1,10 +1,24 @@
 #!/usr/bin/env python3
-"""Turns the JSON files of Google Benchmark in one folder into a markdown table that puts every
+"""Turns the JSON files of Google Benchmark in one folder into a markdown report that puts every
 figure beside its baseline (the benchmark of the same name with "_Baseline" after the figure's
-name) and their ratio."""
+name) and their ratio, then the counters of figures that report some, the machine, and the
+findings kept by hand in bench/findings.md.
+
+Times are CPU times, except for figures measured in real time or timed by hand (their names end
+in "/real_time" or "/manual_time"). Figures that count items (items per second) also show the time
+per item: per connector, per port, per cycle, as the suite says."""
 import json
 import pathlib
+import platform
 import sys
+
+UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+STANDARD_KEYS = {
+    "name", "family_index", "per_family_instance_index", "run_name", "run_type", "repetitions",
+    "repetition_index", "threads", "iterations", "real_time", "cpu_time", "time_unit",
+    "items_per_second", "bytes_per_second", "label", "error_occurred", "error_message",
+    "aggregate_name", "aggregate_unit",
+}
 
 
 def split_name(name):
@@ -12,38 +26,111 @@ def split_name(name):
     return head, args
 
 
+def time_ns(bench):
+    """The time of one iteration in nanoseconds: real time for real-time and hand-timed figures,
+    CPU time for the rest."""
+    key = "real_time" if bench["name"].endswith(("/real_time", "/manual_time")) else "cpu_time"
+    return bench[key] * UNITS[bench["time_unit"]]
+
+
+def item_ns(bench):
+    rate = bench.get("items_per_second")
+    return 1e9 / rate if rate else None
+
+
+def show(ns):
+    if ns is None:
+        return "-"
+    if ns >= 1e9:
+        return f"{ns / 1e9:.2f} s"
+    if ns >= 1e6:
+        return f"{ns / 1e6:.2f} ms"
+    if ns >= 1e3:
+        return f"{ns / 1e3:.2f} us"
+    return f"{ns:.2f} ns"
+
+
+def cpu_model():
+    try:
+        for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
+            if line.startswith("model name"):
+                return line.split(":", 1)[1].strip()
+    except OSError:
+        pass
+    return platform.processor() or "?"
+
+
 def main():
     folder = pathlib.Path(sys.argv[1])
+    findings = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None
     rows = []
+    counter_rows = []
+    counter_names = []
     context = None
     for path in sorted(folder.glob("*.json")):
         data = json.loads(path.read_text())
         context = context or data.get("context", {})
-        times = {}
+        benches = {}
         for bench in data.get("benchmarks", []):
-            if bench.get("run_type", "iteration") != "iteration":
+            if bench.get("run_type", "iteration") != "iteration" or bench.get("error_occurred"):
                 continue
-            times[bench["name"]] = (bench["real_time"], bench["time_unit"])
-        for name, (value, unit) in times.items():
+            benches[bench["name"]] = bench
+        suite = path.stem.removeprefix("bench_")
+        for name, bench in benches.items():
+            extra = {k: v for k, v in bench.items() if k not in STANDARD_KEYS and isinstance(v, (int, float))}
+            if extra:
+                for key in extra:
+                    if key not in counter_names:
+                        counter_names.append(key)
+                counter_rows.append((suite, name, extra))
             head, args = split_name(name)
             if head.endswith("_Baseline"):
                 continue
-            base_name = head + "_Baseline" + ("/" + args if args else "")
-            base = times.get(base_name)
-            ratio = f"{value / base[0]:.2f}" if base and base[0] > 0 else "-"
-            base_text = f"{base[0]:.1f} {base[1]}" if base else "-"
-            rows.append((path.stem, name, f"{value:.1f} {unit}", base_text, ratio))
+            base = benches.get(head + "_Baseline" + ("/" + args if args else ""))
+            value, per_item = time_ns(bench), item_ns(bench)
+            base_value = (item_ns(base) or time_ns(base)) if base else None
+            mine = per_item if (base and item_ns(base)) or (not base and per_item) else value
+            ratio = f"{mine / base_value:.2f}" if base_value else "-"
+            rows.append((suite, f"`{name}`", show(value), show(per_item), show(base_value), ratio))
+
     print("# Benchmarks\n")
-    print("Written by `scripts/bench`. Each figure is measured beside a hand-written baseline in the")
-    print("same binary and the same run; the ratio is figure / baseline (1.00 = as fast as by hand).\n")
+    print("Written by `scripts/bench`. Each figure is measured beside a hand-written baseline in the same")
+    print("binary and the same run. \"time\" is one iteration; \"per item\" divides it by the items the")
+    print("figure counts (connectors, ports, cycles, jobs, subscribers). The baseline column shows the")
+    print("baseline's time per item when it counts items, else per iteration, and the ratio compares")
+    print("like with like (1.00 = as fast as by hand). CPU time, except for figures measured in real")
+    print("time or timed by hand (names ending in `/real_time` or `/manual_time`).\n")
     if context:
-        print(f"Machine: {context.get('host_name', '?')}, {context.get('num_cpus', '?')} CPUs at "
-              f"{context.get('mhz_per_cpu', '?')} MHz, build {context.get('library_build_type', '?')}, "
-              f"{context.get('date', '')}\n")
-    print("| suite | figure | time | baseline | ratio |")
-    print("|---|---|---|---|---|")
+        caches = ", ".join(f"L{c['level']} {c['type'].lower()} {c['size'] // 1024} KiB"
+                           for c in context.get("caches", []))
+        load = ", ".join(f"{x:.2f}" for x in context.get("load_avg", []))
+        print("## Machine\n")
+        print(f"- Host `{context.get('host_name', '?')}`: {cpu_model()}, {context.get('num_cpus', '?')} CPUs "
+              f"at {context.get('mhz_per_cpu', '?')} MHz; caches {caches or '?'}")
+        print(f"- {platform.system()} {platform.release()}, load average at the start {load or '?'} "
+              "(the machine is shared: ratios hold better than absolute times)")
+        print(f"- Optimised build (`-DCMAKE_BUILD_TYPE=Release`); run on {context.get('date', '?')}\n")
+    print("## Figures\n")
+    print("| suite | figure | time | per item | baseline | ratio |")
+    print("|---|---|---|---|---|---|")
     for row in rows:
         print("| " + " | ".join(row) + " |")
+    # The start-up's phases in the order they happen, any other counter after them.
+    order = ["construct", "publish", "event"]
+    first_seen = list(counter_names)
+    counter_names.sort(key=lambda k: (order.index(k) if k in order else len(order), first_seen.index(k)))
+    if counter_rows:
+        print("\n## Counters\n")
+        print("Counters that figures and baselines report beside their time (for the start-up:")
+        print("nanoseconds per item in each phase).\n")
+        print("| suite | figure | " + " | ".join(counter_names) + " |")
+        print("|---|---|" + "---|" * len(counter_names))
+        for suite, name, extra in counter_rows:
+            cells = [show(extra[k]) if k in extra else "-" for k in counter_names]
+            print(f"| {suite} | `{name}` | " + " | ".join(cells) + " |")
+    if findings and findings.exists():
+        print()
+        print(findings.read_text().rstrip())
 
 
 if __name__ == "__main__":

@@ -20,13 +20,15 @@ using Plc::Commons::Meta::TypeIdentifier;
 using Plc::Commons::Meta::TypeInfo;
 using System::Commons::ArgumentException;
 
-/// One described type. Members are kept in a list that is replaced, never changed, when a member
-/// is added, so that enumerators handed out before keep a consistent view.
+/// One described type. Its members are kept in a list that enumerators share: a member added while
+/// an enumerator holds the list goes into a copy that replaces it, so that enumerators handed out
+/// before keep a consistent view; with no enumerator out, it is appended in place (a structure of
+/// many members, such as a program instance with thousands of ports, is then built in linear time).
 struct TypeLibrary::Entry {
     TypeInfo info;
     bool isStruct = false;
     const std::type_info* cppType = nullptr;
-    std::shared_ptr<const std::vector<ChildTypeInfo>> children = std::make_shared<const std::vector<ChildTypeInfo>>();
+    std::shared_ptr<std::vector<ChildTypeInfo>> children = std::make_shared<std::vector<ChildTypeInfo>>();
 };
 
 struct TypeLibrary::Impl {
@@ -246,7 +248,7 @@ IEnumerator<ChildTypeInfo>::Ptr TypeLibrary::GetChildren(const TypeIdentifier& t
     if (entry == nullptr) {
         return std::make_shared<Enumerator<ChildTypeInfo>::Empty>();
     }
-    return Enumerator<ChildTypeInfo>::Over(entry->children);
+    return Enumerator<ChildTypeInfo>::Over(std::shared_ptr<const std::vector<ChildTypeInfo>>(entry->children));
 }
 
 TypeInfo TypeLibrary::GetTypeInfo(const TypeIdentifier& type)
@@ -306,9 +308,10 @@ StructDescription& StructDescription::MemberAt(const String& name, std::uint64_t
     static_cast<TypeInfo&>(child) = type;
     child.name = name;
     child.offset = offset;
-    auto children = std::make_shared<std::vector<ChildTypeInfo>>(*entry->children);
-    children->push_back(std::move(child));
-    entry->children = std::move(children);
+    if (entry->children.use_count() != 1) {
+        entry->children = std::make_shared<std::vector<ChildTypeInfo>>(*entry->children);
+    }
+    entry->children->push_back(std::move(child));
     return *this;
 }
 

@@ -1,5 +1,6 @@
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -364,6 +365,30 @@ TEST(TypeLibrary, EnumeratorsKeepTheMembersTheyStartedWith)
     ASSERT_TRUE(children->MoveNext());
     EXPECT_EQ(children->GetCurrent().name, "x");
     EXPECT_FALSE(children->MoveNext());
+}
+
+namespace {
+struct Triple {
+    int a;
+    int b;
+    int c;
+};
+} // namespace
+
+TEST(TypeLibrary, MembersAddedBeforeDuringAndAfterAnEnumeratorAreAllListedByALaterOne)
+{
+    TypeLibrary library("DemoLibrary", "Demo");
+    library.AddStruct<Triple>("Triple").Member("a", &Triple::a);
+    auto first = library.GetChildren(TypeIdentifier("Demo", "Triple"));
+    library.GetStruct<Triple>().Member("b", &Triple::b);
+    first.reset();
+    library.GetStruct<Triple>().Member("c", &Triple::c);
+    std::vector<std::string> names;
+    for (auto children = library.GetChildren(TypeIdentifier("Demo", "Triple")); children->MoveNext();) {
+        names.push_back(children->GetCurrent().name.ToStdString());
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(library.GetChildInfo(TypeIdentifier("Demo", "Triple"), "c").offset, offsetof(Triple, c));
 }
 
 TEST(TypeLibrary, UnknownTypesAndMembersGetEmptyAnswers)

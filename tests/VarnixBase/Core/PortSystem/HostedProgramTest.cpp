@@ -2,15 +2,26 @@
 // published, the domain proxy's event, then several task cycles on the virtual clock, with the
 // device values written where the controller writes them: through the published variables.
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
 #include "VarnixBase/Core/PortSystem/Parameter.hpp"
 #include "VarnixBase/Core/PortSystem/Port.hpp"
+#include "VarnixBase/Core/PortSystem/PortBaseImpl.hpp"
+#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
+#include "VarnixBase/Core/Types/PnDeviceState.hpp"
+#include "VarnixBase/Example/DemoStringConnector.hpp"
+#include "VarnixBase/Example/StringPort_s.hpp"
+#include "Zon/Plc/Commons/Gds/StaticString.hpp"
+#include "Zon/Plc/Commons/Meta/DynamicPortsBuilder.hpp"
+#include "Zon/Plc/Commons/Meta/PortDataType.hpp"
 #include "Zon/System/Commons/InvalidConfigException.hpp"
 
 #include "support/ResourceCounter.hpp"
@@ -23,7 +34,27 @@ using VarnixBase::Core::QualitySystem::QualityFlags;
 using VarnixBase::Core::QualitySystem::QualityState;
 using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 
+/// The example's text record is published as a structure of its own.
+template <>
+struct Zon::Plc::Commons::Meta::PortDataType<VarnixBase::Example::StringPort_s>
+    : Zon::Plc::Commons::Meta::PortDataTypeCode<Zon::Plc::Commons::Meta::UserTypeCode> {};
+
 namespace {
+
+/// A port type of an application's own: it publishes a `StringPort_s`, which the example's text
+/// connector reads.
+class TextRecordPort : public PortBaseImpl {
+public:
+    TextRecordPort(const String& name, unsigned long dimension) : PortBaseImpl(name, dimension) {}
+
+    void Publish(Zon::Plc::Commons::Meta::DynamicPortsBuilder& builder) override
+    {
+        builder.AddPort<VarnixBase::Example::StringPort_s>(String(GetName().CStr()), record, GetAttributes());
+    }
+
+private:
+    VarnixBase::Example::StringPort_s record;
+};
 
 class HostedProgramTest : public VarnixTest::ProgramHostTest {
 protected:
@@ -377,4 +408,122 @@ TEST_F(HostedProgramTest, CyclesOfAProgramBuiltFromADocumentAllocateNothingAndTa
     }
     EXPECT_EQ(At<double>("App/Main.level.Value"), 20.5);
     EXPECT_EQ(At<int>("App/Main.copy.Value"), 20);
+}
+
+TEST_F(HostedProgramTest, CyclesOfAProgramWithEveryPortAndConnectorKindAllocateNothingAndTakeNoLock)
+{
+    using Zon::Plc::Commons::Gds::StaticString;
+    using Text80 = StaticString<80, char>;
+    using Text512 = StaticString<512, char>;
+    using Wide80 = StaticString<80, char16_t>;
+    using Wide512 = StaticString<512, char16_t>;
+    using VarnixBase::Core::Types::PnDeviceState;
+    using VarnixBase::Example::StringPort_s;
+    PortFactory::GetInstance().AddFactoryMethod<TextRecordPort>("textRecord");
+    ConnectorFactory::GetInstance().AddFactoryMethod<VarnixBase::Example::DemoStringConnector>("demoString");
+    library->AddStruct<StringPort_s>()
+        .Member("text", &StringPort_s::text)
+        .Member("code", &StringPort_s::code)
+        .Member("state", &StringPort_s::state);
+
+    // Every port type: the device ports, each numeric type plain (start) and qualified (end), the
+    // four texts of both families, and the application's record. Connectors of every kind: a copy
+    // of each numeric type into a qualified port and a copy out of a qualified port, short texts
+    // of both widths between plain and qualified ports, scales forwards, backwards and with a zero
+    // gain (parameters by value and bound by reference, a device port as quality provider), and
+    // the example's text connector.
+    const std::vector<std::string> numeric{"boolean", "int8",   "uint8",  "int16",   "uint16", "int32",
+                                           "uint32",  "int64", "uint64", "float32", "float64"};
+    std::string xml = R"(<Configuration><Program type="Every"><Ports>
+      <Port name="raw" type="AnalogIn"/><Port name="device" type="PnDeviceState"/>
+      <Port name="bias" type="float64"/><Port name="level" type="qualified.float64"/>
+      <Port name="halved" type="int16"/><Port name="limit" type="qualified.float32"/>
+      <Port name="wide" type="int64"/>
+      <Port name="s80" type="string80"/><Port name="s512" type="string512"/>
+      <Port name="qs80" type="qualified.string80"/><Port name="qs512" type="qualified.string512"/>
+      <Port name="w80" type="wstring80"/><Port name="w512" type="wstring512"/>
+      <Port name="qw80" type="qualified.wstring80"/><Port name="qw512" type="qualified.wstring512"/>
+      <Port name="record" type="textRecord"/><Port name="recordText" type="qualified.string80"/>
+)";
+    for (const auto& type : numeric) {
+        xml += "<Port name=\"p_" + type + "\" type=\"" + type + "\"/>";
+        xml += "<Port name=\"q_" + type + "\" type=\"qualified." + type + "\"/>\n";
+    }
+    xml += R"(</Ports><Connectors>
+      <Connector startPort="raw" endPort="level" type="scale">
+        <Parameter name="gain" value="0.5"/><Parameter name="offset" ref="bias"/>
+        <QualityProvider ref="device"/>
+      </Connector>
+      <Connector startPort="p_float64" endPort="halved" type="scale">
+        <Parameter name="gain" value="2.0"/><Parameter name="invert" value="true"/>
+      </Connector>
+      <Connector startPort="p_int32" endPort="limit" type="scale">
+        <Parameter name="gain" value="0.0"/><Parameter name="invert" value="true"/>
+      </Connector>
+      <Connector startPort="q_int32" endPort="wide" type="copy"/>
+      <Connector startPort="s80" endPort="qs80" type="copy"/>
+      <Connector startPort="s80" endPort="s512" type="copy"/>
+      <Connector startPort="qs80" endPort="qs512" type="copy"/>
+      <Connector startPort="w80" endPort="qw80" type="copy"/>
+      <Connector startPort="w80" endPort="w512" type="copy"/>
+      <Connector startPort="qw80" endPort="qw512" type="copy"/>
+      <Connector startPort="record" endPort="recordText" type="demoString"/>
+)";
+    for (const auto& type : numeric) {
+        xml += "<Connector startPort=\"p_" + type + "\" endPort=\"q_" + type + "\" type=\"copy\"/>\n";
+    }
+    xml += "</Connectors></Program></Configuration>";
+    WriteDocument("Every", xml);
+    auto& program = Start("Every");
+    ASSERT_NO_THROW(program.GetProgram().GetBuilder().Complete());
+    ASSERT_EQ(program.GetProgram().GetPortProvider().Count(), 17u + 2 * numeric.size());
+    ASSERT_EQ(program.GetProgram().GetConnectorProvider().Count(), 11u + numeric.size());
+
+    auto& raw = At<std::uint16_t>("App/Main.raw");
+    auto& device = At<std::uint8_t>("App/Main.device");
+    auto& input = At<int>("App/Main.p_int32");
+    At<double>("App/Main.bias") = 0.25;
+    At<double>("App/Main.p_float64") = 9.0;
+    At<bool>("App/Main.p_boolean") = true;
+    At<Text80>("App/Main.s80") = Text80("short text");
+    At<Wide80>("App/Main.w80") = Wide80(u"wide");
+    At<StringPort_s>("App/Main.record").text = Text80("record text");
+
+    const std::uint16_t raws[] = {10, 0x8001, 0x8002, 20};
+    const std::uint8_t devices[] = {static_cast<std::uint8_t>(PnDeviceState::AR_VALID),
+                                    static_cast<std::uint8_t>(PnDeviceState::AR_VALID) |
+                                        static_cast<std::uint8_t>(PnDeviceState::PN_NO_DIAG)};
+    constexpr int Cycles = 1000;
+    {
+        VarnixTest::ResourceCounter counter;
+        for (int cycle = 0; cycle < Cycles; ++cycle) {
+            raw = raws[cycle % 4];
+            device = devices[cycle % 2];
+            input = cycle;
+            Cycle(program);
+        }
+        EXPECT_EQ(counter.Allocations(), 0u);
+        EXPECT_EQ(counter.Locks(), 0u);
+    }
+
+    // The last cycle ran everything: raw 20, a device with diagnosis, input 999.
+    const auto& level = At<QualifiedValue<double>>("App/Main.level");
+    EXPECT_EQ(level.value, 10.25);
+    EXPECT_EQ(level.quality.state, QualityState::Good);
+    EXPECT_EQ(level.timestamp, Now());
+    EXPECT_EQ(At<short>("App/Main.halved"), 4);
+    EXPECT_EQ(At<QualifiedValue<float>>("App/Main.limit").value, std::numeric_limits<float>::infinity());
+    EXPECT_EQ(At<QualifiedValue<int>>("App/Main.q_int32").value, 999);
+    EXPECT_EQ(At<long>("App/Main.wide"), 998); // one cycle behind: it runs before the copy into q_int32
+    EXPECT_EQ(At<QualifiedValue<bool>>("App/Main.q_boolean").value, true);
+    EXPECT_EQ(At<QualifiedValue<double>>("App/Main.q_float64").value, 9.0);
+    EXPECT_EQ(At<QualifiedValue<double>>("App/Main.q_float64").timestamp, Now());
+    EXPECT_EQ(std::string(At<QualifiedValue<Text80>>("App/Main.qs80").value.data), "short text");
+    EXPECT_EQ(std::string(At<Text512>("App/Main.s512").data), "short text");
+    EXPECT_EQ(std::string(At<QualifiedValue<Text512>>("App/Main.qs512").value.data), "short text");
+    EXPECT_EQ(At<QualifiedValue<Wide80>>("App/Main.qw80").value.length, 1u);
+    EXPECT_EQ(At<Wide512>("App/Main.w512").data[0], u'w');
+    const auto& recordText = At<QualifiedValue<Text80>>("App/Main.recordText");
+    EXPECT_EQ(std::string(recordText.value.data, recordText.value.length), "record text");
+    EXPECT_EQ(recordText.timestamp, Now());
 }
