@@ -14,7 +14,7 @@
 #include "VarnixBase/Core/PortSystem/Parameter.hpp"
 #include "VarnixBase/Core/PortSystem/Port.hpp"
 #include "VarnixBase/Core/PortSystem/PortBaseImpl.hpp"
-#include "VarnixBase/Core/PortSystem/PortFactory.hpp"
+#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "VarnixBase/Core/Types/PnDeviceState.hpp"
 #include "VarnixBase/Example/DemoStringConnector.hpp"
