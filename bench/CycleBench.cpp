@@ -16,7 +16,6 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "BenchHost.hpp"
@@ -33,14 +32,6 @@ using VarnixBase::Core::QualitySystem::Quality;
 using VarnixBase::Core::QualitySystem::QualityFlags;
 using VarnixBase::Core::QualitySystem::QualityState;
 using Text80 = Zon::Plc::Commons::Gds::StaticString<80, char>;
-
-/// A controller process runs many threads. Starting one here makes the process count as
-/// multi-threaded for good, so that shared pointer copies pay for their atomic operations as they
-/// do on the controller.
-const bool multiThreaded = [] {
-    std::thread([] {}).join();
-    return true;
-}();
 
 /// A document with one program of type "Cycle": `count` connectors of `type` from "in<i>" (of
 /// `inType`) to "out<i>" (of `outType`), with `parameters` inside each connector; or, when `type`

@@ -138,9 +138,8 @@ void BM_StartUp_Baseline(benchmark::State& state)
 {
     const auto count = static_cast<std::size_t>(state.range(0));
     Bench::Host host;
-    host.WriteDocument("StartUp", RingDocument(count));
-    const std::string file = (std::filesystem::temp_directory_path() / ("varnix-bench-startup-" +
-                                                                         std::to_string(count) + ".xml")).string();
+    Bench::PrivateRoot scratch;
+    const std::string file = (scratch.path / "StartUp.prog.config").string();
     {
         std::ofstream stream(file, std::ios::binary | std::ios::trunc);
         stream << RingDocument(count);
@@ -187,7 +186,6 @@ void BM_StartUp_Baseline(benchmark::State& state)
             break;
         }
     }
-    std::filesystem::remove(file);
     phases.Report(state, count);
 }
 BENCHMARK(BM_StartUp_Baseline)->Arg(100)->Arg(1000)->Arg(10000)->UseManualTime()->Unit(benchmark::kMillisecond);
