@@ -104,14 +104,20 @@ std::string QualityText(const Quality& quality)
         }
         auto found = Zon::EnumStrings<QualityFlags>::Values.find(static_cast<QualityFlags>(bit));
         if (found != Zon::EnumStrings<QualityFlags>::Values.end()) {
-            names += (names.empty() ? "" : "|") + std::string(found->second);
+            if (!names.empty()) {
+                names += '|';
+            }
+            names += found->second;
             flags &= ~bit;
         }
     }
     if (flags != 0) {
-        names += (names.empty() ? "" : "|") + fmt::format("0x{:x}", flags);
+        if (!names.empty()) {
+            names += '|';
+        }
+        names += fmt::format("0x{:x}", flags);
     }
-    return names.empty() ? text : text + " " + names;
+    return names.empty() ? text : fmt::format("{} {}", text, names);
 }
 
 std::string Utf16ToUtf8(const char16_t* units, std::size_t count)
@@ -222,7 +228,7 @@ PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* time
     std::weak_ptr<IPort> weak = port;
     probe.read = [weak](TraceSample& sample) {
         if (auto locked = weak.lock()) {
-            sample.value = "?";
+            sample.value.assign(1, '?');
             sample.quality = QualityText(locked->GetQuality());
         }
     };

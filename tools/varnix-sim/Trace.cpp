@@ -71,7 +71,7 @@ public:
             std::size_t valueWidth = column.kind == ValueKind::Real ? 12 : column.kind == ValueKind::Text ? 16 : 8;
             widths.push_back(std::max(column.name.size(), valueWidth));
             if (column.hasQuality) {
-                headers.push_back(column.name + " quality");
+                headers.push_back(fmt::format("{} quality", column.name));
                 widths.push_back(std::max<std::size_t>(headers.back().size(), 17));
             }
         }
@@ -146,10 +146,10 @@ public:
         for (const auto& column : columns) {
             out << ',' << CsvField(column.name);
             if (column.hasQuality) {
-                out << ',' << CsvField(column.name + ".quality");
+                out << ',' << CsvField(fmt::format("{}.quality", column.name));
             }
             if (column.hasTimestamp) {
-                out << ',' << CsvField(column.name + ".timestamp_us");
+                out << ',' << CsvField(fmt::format("{}.timestamp_us", column.name));
             }
         }
         out << '\n';
@@ -329,7 +329,7 @@ private:
     {
         switch (column.kind) {
         case ValueKind::Bool:
-            return (value == "true" ? "1" : "0") + id;
+            return fmt::format("{}{}", value == "true" ? '1' : '0', id);
         case ValueKind::Signed:
         case ValueKind::Unsigned: {
             unsigned long long bits = 0;
@@ -348,14 +348,14 @@ private:
                     binary += ((bits >> bit) & 1) != 0 ? '1' : '0';
                 }
             }
-            return "b" + binary + " " + id;
+            return fmt::format("b{} {}", binary, id);
         }
         case ValueKind::Real:
-            return "r" + value + " " + id;
+            return fmt::format("r{} {}", value, id);
         case ValueKind::Text:
-            return "s" + Sanitize(value) + " " + id;
+            return fmt::format("s{} {}", Sanitize(value), id);
         }
-        return "x" + id;
+        return fmt::format("x{}", id);
     }
 
     std::ostream& out;
