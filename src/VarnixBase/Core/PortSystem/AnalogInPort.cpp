@@ -45,41 +45,38 @@ unsigned short AnalogInPort::GetValue() const
     return value;
 }
 
+namespace {
+
+/// The analog input module's error codes and the quality each one means. Codes are compared for
+/// equality, not as bits: any other value, from 0x8000 up too, is a reading and `Good`.
+struct ErrorCode {
+    unsigned short code;
+    QualityState state;
+    QualityFlags flags;
+};
+
+constexpr ErrorCode ErrorCodes[] = {
+    {0x8001, QualityState::Bad, QualityFlags::Overrange},
+    {0x8002, QualityState::Invalid, QualityFlags::WireBreak},
+    {0x8004, QualityState::Invalid, QualityFlags::Failure},
+    {0x8010, QualityState::Invalid, QualityFlags::Configuration},
+    {0x8020, QualityState::Invalid, QualityFlags::PowerFailure},
+    {0x8040, QualityState::Invalid, QualityFlags::DeviceDefect},
+    {0x8080, QualityState::Bad, QualityFlags::Underrange},
+};
+
+} // namespace
+
 void AnalogInPort::Execute()
 {
     const unsigned short raw = value;
     Quality derived;
-    switch (raw) {
-    case 0x8001:
-        derived.state = QualityState::Bad;
-        derived.flags = QualityFlags::Overrange;
-        break;
-    case 0x8002:
-        derived.state = QualityState::Invalid;
-        derived.flags = QualityFlags::WireBreak;
-        break;
-    case 0x8004:
-        derived.state = QualityState::Invalid;
-        derived.flags = QualityFlags::Failure;
-        break;
-    case 0x8010:
-        derived.state = QualityState::Invalid;
-        derived.flags = QualityFlags::Configuration;
-        break;
-    case 0x8020:
-        derived.state = QualityState::Invalid;
-        derived.flags = QualityFlags::PowerFailure;
-        break;
-    case 0x8040:
-        derived.state = QualityState::Invalid;
-        derived.flags = QualityFlags::DeviceDefect;
-        break;
-    case 0x8080:
-        derived.state = QualityState::Bad;
-        derived.flags = QualityFlags::Underrange;
-        break;
-    default:
-        break;
+    for (const auto& row : ErrorCodes) {
+        if (row.code == raw) {
+            derived.state = row.state;
+            derived.flags = row.flags;
+            break;
+        }
     }
     quality = derived;
 }
