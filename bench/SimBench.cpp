@@ -10,7 +10,7 @@
 #include <string>
 
 #include "BenchHost.hpp"
-#include "Simulation.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
 
 #ifndef VARNIX_EXAMPLES_DIR
 #error "VARNIX_EXAMPLES_DIR must name the examples directory"
@@ -24,11 +24,11 @@ const std::string TankDocument = std::string(VARNIX_EXAMPLES_DIR) + "/tank/TankP
 void BM_SimTank(benchmark::State& state)
 {
     Bench::MakeMultiThreaded();
-    VarnixSim::SimulationOptions options;
+    VarnixBase::Sim::SimulationOptions options;
     options.document = TankDocument;
     options.consoleLevel.reset();
-    VarnixSim::Simulation simulation(options);
-    VarnixSim::Simulation::RunOptions run;
+    VarnixBase::Sim::Simulation simulation(options);
+    VarnixBase::Sim::Simulation::RunOptions run;
     run.cycles = Cycles;
     for (auto _ : state) {
         auto summary = simulation.Run(run);

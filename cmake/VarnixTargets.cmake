@@ -19,12 +19,17 @@ elseif(VARNIX_SANITIZE)
 endif()
 install(TARGETS varnix_build_flags EXPORT VarnixBaseTargets)
 
-# varnix_add_library(<target> ALIAS <ns::name> DIRECTORY <dir> [LINK <libs>...])
-# A shared library of every .cpp below DIRECTORY, with src/ as its include root.
+# varnix_add_library(<target> ALIAS <ns::name> DIRECTORY <dir> [EXCLUDE <subdirs>...] [LINK <libs>...])
+# A shared library of every .cpp below DIRECTORY, with src/ as its include root. EXCLUDE names
+# subdirectories of DIRECTORY that are libraries of their own.
 function(varnix_add_library target)
-  cmake_parse_arguments(ARG "" "ALIAS;DIRECTORY" "LINK;PRIVATE_LINK" ${ARGN})
+  cmake_parse_arguments(ARG "" "ALIAS;DIRECTORY" "EXCLUDE;LINK;PRIVATE_LINK" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${ARG_DIRECTORY}/*.cpp")
   file(GLOB_RECURSE headers CONFIGURE_DEPENDS "${ARG_DIRECTORY}/*.hpp")
+  foreach(subdir ${ARG_EXCLUDE})
+    list(FILTER sources EXCLUDE REGEX "^${ARG_DIRECTORY}/${subdir}/")
+    list(FILTER headers EXCLUDE REGEX "^${ARG_DIRECTORY}/${subdir}/")
+  endforeach()
   add_library(${target} SHARED ${sources} ${headers})
   add_library(${ARG_ALIAS} ALIAS ${target})
   target_include_directories(${target} PUBLIC

@@ -13,13 +13,13 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include "Check.hpp"
-#include "Graph.hpp"
-#include "Simulation.hpp"
+#include "VarnixBase/Sim/Check.hpp"
+#include "VarnixBase/Sim/Graph.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
 #include "Zon/Exception.hpp"
 #include "Zon/Host/Runtime.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 
 namespace {

@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include "Analysis.hpp"
-#include "Graph.hpp"
-#include "Outline.hpp"
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Analysis.hpp"
+#include "VarnixBase/Sim/Graph.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 #include "support/HostFixture.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "Inject.hpp"
-#include "Probe.hpp"
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Inject.hpp"
+#include "VarnixBase/Sim/Probe.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "VarnixBase/Core/PortSystem/AnalogInPort.hpp"
 #include "VarnixBase/Core/PortSystem/ConfigurableProgramBaseImpl.hpp"
@@ -14,7 +14,7 @@
 #include "Zon/Plc/Commons/Meta/TypeSystem/TypeDomain.hpp"
 #include "support/HostFixture.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 using namespace VarnixBase::Core::PortSystem;
 using VarnixBase::Commons::Meta::MetaInfoProvider;
 using VarnixBase::Core::QualitySystem::Quality;

@@ -2,15 +2,16 @@
 // reach the ports before their cycles.
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "Simulation.hpp"
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "support/HostFixture.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 
 namespace {
 
@@ -79,4 +80,49 @@ TEST_F(SimulationTest, WithoutATraceAStimulusAfterAnUntimedStretchStillTakesEffe
     auto summary = simulation.Run(run);
     EXPECT_EQ(summary.cycles, 3000u);
     EXPECT_EQ(Published<short>("App/Main.display"), 50);
+}
+
+TEST_F(SimulationTest, StepSetAndReadDriveTheProgramByPortName)
+{
+    Simulation simulation(Options());
+    EXPECT_EQ(simulation.GetCycle(), 0u);
+    simulation.Set("raw", "2500");
+    simulation.Step();
+    EXPECT_EQ(simulation.GetCycle(), 1u);
+    EXPECT_EQ(simulation.Read("display").value, "25");
+    auto level = simulation.Read("level");
+    EXPECT_EQ(level.value, "25");
+    EXPECT_EQ(level.quality, "Good");
+    EXPECT_EQ(level.timestamp, VirtualStartMicroseconds);
+
+    simulation.Set("raw", "16#8001");
+    simulation.Step(2);
+    EXPECT_EQ(simulation.GetCycle(), 3u);
+    EXPECT_EQ(simulation.Read("raw").quality, "Bad Overrange");
+    // The clock stepped by one cycle time after each of the first two cycles.
+    EXPECT_EQ(simulation.Read("level").timestamp, VirtualStartMicroseconds + 20000);
+}
+
+TEST_F(SimulationTest, SetAndReadRefuseAnUnknownPortAndABadLiteral)
+{
+    Simulation simulation(Options());
+    EXPECT_THROW(simulation.Set("nosuch", "1"), UsageError);
+    EXPECT_THROW(simulation.Set("display", "3.5"), UsageError);
+    EXPECT_THROW(simulation.Read("nosuch"), UsageError);
+    EXPECT_EQ(simulation.GetPortNames(), (std::vector<std::string>{"raw", "level", "display"}));
+}
+
+TEST_F(SimulationTest, StimuliAndRunsContinueTheCyclesThatStepRan)
+{
+    Simulation simulation(Options());
+    simulation.AddStimuli({ParseSetOption("raw=2500@2"), ParseSetOption("raw=5000@4")});
+    simulation.Step(2);
+    EXPECT_EQ(simulation.Read("display").value, "25");
+    std::vector<std::uint64_t> seen;
+    Simulation::RunOptions run;
+    run.cycles = 2;
+    run.afterCycle = [&](std::uint64_t cycle) { seen.push_back(cycle); };
+    simulation.Run(run);
+    EXPECT_EQ(seen, (std::vector<std::uint64_t>{3, 4}));
+    EXPECT_EQ(simulation.Read("display").value, "50");
 }

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 #include "support/HostFixture.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 
 TEST(Stimulus, SetOptionWithoutCycleWritesBeforeTheFirst)
 {

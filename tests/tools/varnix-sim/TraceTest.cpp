@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "Trace.hpp"
+#include "VarnixBase/Sim/Trace.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 
 namespace {
 

@@ -2,9 +2,9 @@
 
 #include <ostream>
 
-#include "Outline.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// Writes the program as a Graphviz graph: ports as nodes by kind (plain: box, qualified: rounded
 /// box, device: double octagon), connectors as edges from start to end port labelled with their type
@@ -12,4 +12,4 @@ namespace VarnixSim {
 /// to a connector ends at the middle of the connector's edge, drawn as a small point).
 void WriteDot(std::ostream& out, const OutlineProgram& program);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

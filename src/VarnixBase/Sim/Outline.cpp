@@ -1,4 +1,4 @@
-#include "Outline.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -9,9 +9,9 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -211,4 +211,4 @@ std::string PortValueType(const std::string& type)
     return found != types.end() ? found->second : std::string();
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -2,20 +2,21 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
-#include "Outline.hpp"
-#include "Probe.hpp"
-#include "Stimulus.hpp"
-#include "Trace.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
+#include "VarnixBase/Sim/Probe.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
+#include "VarnixBase/Sim/Trace.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/LogLevel.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/LogSink.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 struct SimulationOptions {
     /// The `.prog.config` on this machine.
@@ -29,6 +30,8 @@ struct SimulationOptions {
         Zon::System::Commons::Diagnostics::Logging::LogLevel::Warning;
     /// Real time on the real clock instead of virtual time.
     bool realTime = false;
+    /// The step of the clock per cycle for `Step` (`Run` takes its own from `RunOptions`).
+    std::chrono::microseconds cycleTime{10000};
 };
 
 /// Time on the virtual clock at the start of every simulated run: 2026-01-01T00:00:00Z.
@@ -39,6 +42,16 @@ inline constexpr std::int64_t VirtualStartMicroseconds = 1767225600LL * 1000000;
 /// library looks for it, the program constructed (configuration files, document, ports), its ports
 /// published, the domain proxy's event raised (connectors, parameters, quality providers).
 /// Everything the program does goes through the library's own operations.
+///
+/// Only one simulation may exist in a process at a time: the host runtime and the library's meta
+/// data are process-wide.
+///
+/// In a test:
+///
+///     Simulation simulation({.document = "Tank.prog.config"});
+///     simulation.Set("raw", "2500");
+///     simulation.Step();
+///     EXPECT_EQ(simulation.Read("display").value, "25");
 class Simulation {
 public:
     /// Builds the program. Throws `UsageError` for a document that is missing, not XML, or holds no
@@ -66,6 +79,21 @@ public:
     /// a bad one fails before the first cycle with `UsageError`.
     void AddStimuli(const std::vector<StimulusEntry>& entries);
 
+    /// Writes `literal` into the published memory of the port named `port` now, as the controller
+    /// writes it between cycles (an IEC 61131-3 literal, or the text for a string port). Throws
+    /// `UsageError` for an unknown port or a literal that does not fit the port's type.
+    void Set(const std::string& port, const std::string& literal);
+    /// What the port named `port` holds now, as the trace shows it. Throws `UsageError` for an
+    /// unknown port.
+    TraceSample Read(const std::string& port) const;
+    /// Runs `cycles` task cycles: the stimuli due before each, the program's `Execute`, then the clock
+    /// steps by `SimulationOptions::cycleTime`.
+    void Step(std::uint64_t cycles = 1);
+    /// The cycles run so far (by `Step` and `Run`); the next cycle has this number plus one.
+    std::uint64_t GetCycle() const noexcept;
+    /// The names of the program's ports, in the program's order.
+    std::vector<std::string> GetPortNames() const;
+
     struct RunOptions {
         std::uint64_t cycles = 20;
         std::chrono::microseconds cycleTime{10000};
@@ -75,6 +103,10 @@ public:
         bool profile = false;
         /// Where a progress line goes for long runs (a terminal); none when null.
         std::ostream* progress = nullptr;
+        /// Called with the cycle's number before its stimuli are written, and after its `Execute`
+        /// and trace; none when empty. A cycle with a call is timed on its own (see `Run`).
+        std::function<void(std::uint64_t cycle)> beforeCycle;
+        std::function<void(std::uint64_t cycle)> afterCycle;
     };
 
     struct ExecutableTiming {
@@ -92,6 +124,7 @@ public:
         std::vector<ExecutableTiming> timings;
     };
 
+    /// Runs `options.cycles` task cycles after those already run, numbered on from `GetCycle()`.
     Summary Run(const RunOptions& options);
 
 private:
@@ -101,4 +134,4 @@ private:
 
 void WriteSummary(std::ostream& out, const Simulation::Summary& summary);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "Outline.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// A cycle among quality providers: reading the quality of any member recurses without end.
 struct QualityCycle {
@@ -31,4 +31,4 @@ struct DimensionProblem {
 
 std::vector<DimensionProblem> FindDimensionProblems(const OutlineProgram& program);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

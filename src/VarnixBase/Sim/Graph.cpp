@@ -1,10 +1,10 @@
-#include "Graph.hpp"
+#include "VarnixBase/Sim/Graph.hpp"
 
 #include <map>
 #include <set>
 #include <string>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -94,4 +94,4 @@ void WriteDot(std::ostream& out, const OutlineProgram& program)
     out << "}\n";
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// What a traced port holds, for writers that care (the waveform writer needs widths and kinds).
 enum class ValueKind { Bool, Signed, Unsigned, Real, Text };
@@ -51,4 +51,4 @@ bool TryParseTraceFormat(const std::string& text, TraceFormat& format);
 /// A writer of `format` on `out`, which must outlive the writer.
 std::unique_ptr<TraceWriter> MakeTraceWriter(TraceFormat format, std::ostream& out);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,19 +1,19 @@
-#include "Inject.hpp"
+#include "VarnixBase/Sim/Inject.hpp"
 
 #include <cstring>
 #include <limits>
 
 #include <fmt/format.h>
 
-#include "Probe.hpp"
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Probe.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Commons/Gds/StaticStringAdapter.hpp"
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
 #include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
 #include "Zon/CommonTypeName.hpp"
 #include "Zon/Plc/Commons/Gds/StaticStringBase.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 using VarnixBase::Commons::Gds::StaticStringAdapter;
 using VarnixBase::Commons::Iec61131::Convert;
@@ -120,4 +120,4 @@ void WriteLiteral(const Zon::Plc::Commons::Meta::DataInfo& variable, const std::
     }
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

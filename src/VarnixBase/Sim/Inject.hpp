@@ -4,7 +4,7 @@
 
 #include "Zon/Plc/Commons/Meta/DataInfo.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// Writes `literal` into the memory that `variable` (a resolved variable path) describes, as the
 /// controller writes a port's published memory:
@@ -18,4 +18,4 @@ namespace VarnixSim {
 void WriteLiteral(const Zon::Plc::Commons::Meta::DataInfo& variable, const std::string& literal,
                   const std::string& origin);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "Trace.hpp"
+#include "VarnixBase/Sim/Trace.hpp"
 #include "VarnixBase/Core/PortSystem/IPort.hpp"
 #include "VarnixBase/Core/QualitySystem/Quality.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// Reads one port for the trace: its value, and for qualified and device ports its quality (and
 /// for qualified ports its time stamp), through the port's own operations.
@@ -33,4 +33,4 @@ std::string QualityText(const VarnixBase::Core::QualitySystem::Quality& quality)
 std::string Utf16ToUtf8(const char16_t* units, std::size_t count);
 std::u16string Utf8ToUtf16(const std::string& text);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "Outline.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/LogLevel.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 class Simulation;
 
@@ -31,4 +31,4 @@ std::vector<Problem> AttributeLog(const DocumentOutline& outline, const OutlineP
 /// "FILE:LINE: SEVERITY: MESSAGE" (without ":LINE" for the document as a whole), one per line.
 void WriteProblems(std::ostream& out, const std::string& file, const std::vector<Problem>& problems);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,4 +1,4 @@
-#include "Trace.hpp"
+#include "VarnixBase/Sim/Trace.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -397,4 +397,4 @@ std::unique_ptr<TraceWriter> MakeTraceWriter(TraceFormat format, std::ostream& o
     return nullptr;
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

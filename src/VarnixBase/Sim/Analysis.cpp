@@ -1,4 +1,4 @@
-#include "Analysis.hpp"
+#include "VarnixBase/Sim/Analysis.hpp"
 
 #include <algorithm>
 #include <functional>
@@ -6,7 +6,7 @@
 #include <map>
 #include <set>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -135,4 +135,4 @@ std::vector<DimensionProblem> FindDimensionProblems(const OutlineProgram& progra
     return problems;
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// A bad command line or input file: one clear line for the user, exit status 2.
 class UsageError : public std::runtime_error {
@@ -38,4 +38,4 @@ std::vector<StimulusEntry> LoadStimulusFile(const std::string& path);
 /// Parses the same format from a text; `name` is used in messages.
 std::vector<StimulusEntry> ParseStimulus(const std::string& text, const std::string& name);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,4 +1,4 @@
-#include "Check.hpp"
+#include "VarnixBase/Sim/Check.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -8,10 +8,10 @@
 
 #include <fmt/format.h>
 
-#include "Analysis.hpp"
-#include "Simulation.hpp"
+#include "VarnixBase/Sim/Analysis.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 using Zon::System::Commons::Diagnostics::Logging::LogEntry;
 using Zon::System::Commons::Diagnostics::Logging::LogLevel;
@@ -261,4 +261,4 @@ void WriteProblems(std::ostream& out, const std::string& file, const std::vector
     }
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,4 +1,4 @@
-#include "Simulation.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,8 +9,8 @@
 
 #include <fmt/format.h>
 
-#include "Inject.hpp"
-#include "Analysis.hpp"
+#include "VarnixBase/Sim/Inject.hpp"
+#include "VarnixBase/Sim/Analysis.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "VarnixBase/Core/Info/Info.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
@@ -26,7 +26,7 @@
 #include "Zon/Plc/Commons/Meta/TypeSystem/TypeDomain.hpp"
 #include "Zon/System/Commons/Io/Path.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace fs = std::filesystem;
 using namespace VarnixBase::Core::PortSystem;
@@ -102,6 +102,10 @@ struct Simulation::Impl {
     std::unique_ptr<HostedProgram> hosted;
     Zon::Host::Component* component = nullptr;
     std::vector<PreparedStimulus> stimuli;
+    /// The first stimulus not yet due.
+    std::size_t nextStimulus = 0;
+    /// Cycles run so far.
+    std::uint64_t cycle = 0;
 
     ~Impl()
     {
@@ -128,6 +132,43 @@ struct Simulation::Impl {
         std::string path = options.instance + "." + port->GetName().ToStdString();
         std::string relative = port->GetRelativeDataPath().ToStdString();
         return relative.empty() ? path : path + "." + relative;
+    }
+
+    std::shared_ptr<IPort> FindPort(const std::string& name, const std::string& origin) const
+    {
+        std::shared_ptr<IPort> port;
+        if (!hosted->GetProgram().GetPortProvider().TryGetPort(Zon::String(name), port)) {
+            throw UsageError(fmt::format("{}: the program has no port '{}'", origin, name));
+        }
+        return port;
+    }
+
+    /// A probe with the port's published time stamp, when it has one.
+    PortProbe Probe(const std::shared_ptr<IPort>& port) const
+    {
+        const std::int64_t* timestamp = nullptr;
+        if (!port->GetRelativeDataPath().IsEmpty()) {
+            timestamp = static_cast<const std::int64_t*>(
+                Resolve(options.instance + "." + port->GetName().ToStdString() + ".Timestamp").address);
+        }
+        return MakeProbe(port, timestamp);
+    }
+
+    bool StimulusDue(std::uint64_t number) const
+    {
+        return nextStimulus < stimuli.size() && stimuli[nextStimulus].cycle <= number;
+    }
+
+    /// Writes the stimuli of cycle `number`; those of earlier cycles that were passed over (added
+    /// after their cycle ran) are dropped.
+    void ApplyStimuli(std::uint64_t number)
+    {
+        while (StimulusDue(number)) {
+            const auto& stimulus = stimuli[nextStimulus++];
+            if (stimulus.cycle == number) {
+                WriteLiteral(stimulus.variable, stimulus.literal, stimulus.origin);
+            }
+        }
     }
 };
 
@@ -232,12 +273,8 @@ std::vector<std::string> Simulation::ConnectorTypes()
 
 void Simulation::AddStimuli(const std::vector<StimulusEntry>& entries)
 {
-    auto& ports = impl->hosted->GetProgram().GetPortProvider();
     for (const auto& entry : entries) {
-        std::shared_ptr<IPort> port;
-        if (!ports.TryGetPort(Zon::String(entry.port), port)) {
-            throw UsageError(fmt::format("{}: the program has no port '{}'", entry.origin, entry.port));
-        }
+        auto port = impl->FindPort(entry.port, entry.origin);
         auto variable = impl->Resolve(impl->PortPath(port));
         // Check the literal now on a scratch copy of the variable's memory, so that a bad one stops
         // the run before its first cycle.
@@ -250,6 +287,52 @@ void Simulation::AddStimuli(const std::vector<StimulusEntry>& entries)
     }
     std::stable_sort(impl->stimuli.begin(), impl->stimuli.end(),
                      [](const auto& a, const auto& b) { return a.cycle < b.cycle; });
+    impl->nextStimulus = 0;
+    while (impl->nextStimulus < impl->stimuli.size() && impl->stimuli[impl->nextStimulus].cycle <= impl->cycle) {
+        ++impl->nextStimulus;
+    }
+}
+
+void Simulation::Set(const std::string& port, const std::string& literal)
+{
+    std::string origin = port + "=" + literal;
+    WriteLiteral(impl->Resolve(impl->PortPath(impl->FindPort(port, origin))), literal, origin);
+}
+
+TraceSample Simulation::Read(const std::string& port) const
+{
+    TraceSample sample;
+    impl->Probe(impl->FindPort(port, port)).read(sample);
+    return sample;
+}
+
+void Simulation::Step(std::uint64_t cycles)
+{
+    auto& program = impl->hosted->GetProgram();
+    for (std::uint64_t i = 0; i < cycles; ++i) {
+        std::uint64_t number = ++impl->cycle;
+        impl->ApplyStimuli(number);
+        program.Execute();
+        if (impl->options.realTime) {
+            std::this_thread::sleep_for(impl->options.cycleTime);
+        } else {
+            Zon::Host::Clock::Advance(impl->options.cycleTime);
+        }
+    }
+}
+
+std::uint64_t Simulation::GetCycle() const noexcept
+{
+    return impl->cycle;
+}
+
+std::vector<std::string> Simulation::GetPortNames() const
+{
+    std::vector<std::string> names;
+    for (const auto& port : impl->hosted->GetProgram().GetPortProvider().GetPorts()) {
+        names.push_back(port->GetName().ToStdString());
+    }
+    return names;
 }
 
 Simulation::Summary Simulation::Run(const RunOptions& options)
@@ -259,12 +342,7 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
     std::vector<TraceColumn> columns;
     if (options.trace != nullptr) {
         for (const auto& port : program.GetPortProvider().GetPorts()) {
-            const std::int64_t* timestamp = nullptr;
-            if (!port->GetRelativeDataPath().IsEmpty()) {
-                timestamp = static_cast<const std::int64_t*>(
-                    impl->Resolve(impl->options.instance + "." + port->GetName().ToStdString() + ".Timestamp").address);
-            }
-            probes.push_back(MakeProbe(port, timestamp));
+            probes.push_back(impl->Probe(port));
             columns.push_back(probes.back().column);
         }
         options.trace->Begin(columns);
@@ -294,7 +372,6 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
     }
 
     std::vector<TraceSample> samples(probes.size());
-    std::size_t next = 0;
     using Clock = std::chrono::steady_clock;
     auto started = Clock::now();
     auto lastProgress = started;
@@ -305,7 +382,8 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
     // that cost lands inside what it measures. So without a trace, real time or profiling, a span
     // stays open from cycle to cycle, and closes only for a stimulus, a progress line and the end;
     // its time then also holds the step of the virtual clock, a few nanoseconds per cycle.
-    const bool timeEachCycle = options.trace != nullptr || impl->options.realTime || options.profile;
+    const bool timeEachCycle = options.trace != nullptr || impl->options.realTime || options.profile ||
+                               options.beforeCycle || options.afterCycle;
     bool spanOpen = false;
     Clock::time_point spanStart;
     auto closeSpan = [&] {
@@ -314,15 +392,16 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
             spanOpen = false;
         }
     };
-    for (std::uint64_t cycle = 1; cycle <= options.cycles; ++cycle) {
-        if (next < impl->stimuli.size() && impl->stimuli[next].cycle <= cycle) {
+    const std::uint64_t first = impl->cycle + 1;
+    for (std::uint64_t step = 1; step <= options.cycles; ++step) {
+        const std::uint64_t cycle = first + step - 1;
+        impl->cycle = cycle;
+        if (options.beforeCycle) {
+            options.beforeCycle(cycle);
+        }
+        if (impl->StimulusDue(cycle)) {
             closeSpan();
-            while (next < impl->stimuli.size() && impl->stimuli[next].cycle <= cycle) {
-                const auto& stimulus = impl->stimuli[next++];
-                if (stimulus.cycle == cycle) {
-                    WriteLiteral(stimulus.variable, stimulus.literal, stimulus.origin);
-                }
-            }
+            impl->ApplyStimuli(cycle);
         }
         if (!spanOpen) {
             spanStart = Clock::now();
@@ -351,18 +430,21 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
             }
             options.trace->Cycle(cycle, Zon::DateTime::Now().ToUnixTimeMicroseconds(), samples);
         }
+        if (options.afterCycle) {
+            options.afterCycle(cycle);
+        }
         if (impl->options.realTime) {
-            std::this_thread::sleep_until(started + options.cycleTime * cycle);
+            std::this_thread::sleep_until(started + options.cycleTime * step);
         } else {
             Zon::Host::Clock::Advance(options.cycleTime);
         }
         // The progress line looks at the clock every cycle that is timed anyway, else every 1024th.
-        if (options.progress != nullptr && (timeEachCycle || cycle % 1024 == 0)) {
+        if (options.progress != nullptr && (timeEachCycle || step % 1024 == 0)) {
             closeSpan();
             auto now = Clock::now();
             if (now - lastProgress > std::chrono::milliseconds(200) && now - started > std::chrono::seconds(1)) {
-                *options.progress << fmt::format("\rcycle {}/{} ({}%)", cycle, options.cycles,
-                                                 cycle * 100 / options.cycles)
+                *options.progress << fmt::format("\rcycle {}/{} ({}%)", step, options.cycles,
+                                                 step * 100 / options.cycles)
                                   << std::flush;
                 lastProgress = now;
                 progressShown = true;
@@ -412,4 +494,4 @@ void WriteSummary(std::ostream& out, const Simulation::Summary& summary)
     }
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,4 +1,4 @@
-#include "Probe.hpp"
+#include "VarnixBase/Sim/Probe.hpp"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,7 @@
 #include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
 #include "Zon/EnumStrings.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 using namespace VarnixBase::Core::PortSystem;
 using VarnixBase::Core::QualitySystem::Quality;
@@ -235,4 +235,4 @@ PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* time
     return probe;
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,4 +1,4 @@
-#include "Stimulus.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
 
 #include <algorithm>
 #include <cctype>
@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -158,4 +158,4 @@ std::vector<StimulusEntry> LoadStimulusFile(const std::string& path)
     return ParseStimulus(content.str(), path);
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

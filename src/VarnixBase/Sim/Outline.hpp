@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// A reference in the document (`QualityProvider ref` or `Parameter`) with its line.
 struct OutlineReference {
@@ -83,4 +83,4 @@ std::string PortKind(const std::string& type);
 /// The C++ value type of a built-in port type name ("float64" -> "double"), or "" if unknown.
 std::string PortValueType(const std::string& type);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim
