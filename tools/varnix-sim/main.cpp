@@ -1,6 +1,7 @@
 // varnix-sim: plays the controller for a configurable program on a PC.
 //   varnix-sim run DOCUMENT      build the program and run task cycles, tracing its ports
-//   varnix-sim check DOCUMENT    build the program and report every problem with its line
+//   varnix-sim check DOCUMENT    build the program and report every problem with its line, and
+//                                every deviation from the document schema
 //   varnix-sim graph DOCUMENT    draw the program as a Graphviz graph
 //   varnix-sim types             list the registered port types and connector type pairs
 #include <cstdio>
@@ -16,10 +17,13 @@
 #include "VarnixBase/Sim/Check.hpp"
 #include "VarnixBase/Sim/Graph.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"
+#include "Schema.hpp"
+#include "VarnixSimBuildInfo.hpp"
 #include "Zon/Exception.hpp"
 #include "Zon/Host/Runtime.hpp"
 
 using namespace VarnixBase::Sim;
+using namespace VarnixSimCli;
 using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 
 namespace {
@@ -161,6 +165,13 @@ int Check(const std::string& document, const std::string& type)
     options.consoleLevel.reset();
     Simulation simulation(options);
     auto problems = CollectProblems(simulation);
+    auto schema = FindSchema();
+    if (schema.empty()) {
+        std::cerr << "varnix-sim: note: prog-config.xsd is neither in share/varnixbase beside varnix-sim nor in the "
+                     "source tree; checked without the schema (reinstall varnix-sim to have it)\n";
+    } else {
+        MergeDeviations(problems, ValidateAgainstSchema(document, schema));
+    }
     WriteProblems(std::cout, document, problems);
     std::size_t errors = 0;
     for (const auto& problem : problems) {
@@ -241,6 +252,7 @@ int main(int argc, char** argv)
     CLI::App app{"varnix-sim: plays the controller for a configurable program on a PC"};
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "Help for every command");
+    app.set_version_flag("--version", fmt::format("varnix-sim {}", BuildInfo::Version), "Print the version and exit");
 
     RunArguments runArguments;
     auto* run = app.add_subcommand("run", "Build the program from DOCUMENT and run task cycles, tracing its ports");
@@ -260,7 +272,7 @@ int main(int argc, char** argv)
     run->add_flag("--no-trace", runArguments.noTrace, "Run without a trace (for long runs); only the summary");
 
     std::string checkDocument, checkType;
-    auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line");
+    auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line, and each deviation from the document schema as a warning");
     check->add_option("document", checkDocument, "The .prog.config")->required();
     check->add_option("--type", checkType, "Program type (needed when the document has several)");
 
@@ -279,6 +291,9 @@ int main(int argc, char** argv)
         return ExitValid;
     } catch (const CLI::CallForAllHelp&) {
         std::cout << app.help("", CLI::AppFormatMode::All);
+        return ExitValid;
+    } catch (const CLI::CallForVersion& version) {
+        std::cout << version.what() << '\n';
         return ExitValid;
     } catch (const CLI::ParseError& error) {
         std::cerr << "varnix-sim: " << error.what() << " (see varnix-sim --help)\n";

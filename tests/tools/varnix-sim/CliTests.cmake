@@ -47,6 +47,9 @@ varnix_sim_test(CheckValid RC 0 ARGS "check|examples/tank/TankProgram.prog.confi
   STDOUT_REGEX "program type `TankProgram`: 3 ports, 2 connectors, 0 errors, 0 warnings: valid")
 varnix_sim_test(CheckProblems RC 1 ARGS "check|tests/tools/varnix-sim/documents/problems.prog.config"
   STDOUT_REGEX "problems.prog.config:4: warning: Program attribute is unknown: `colour`\n.*problems.prog.config:8: error: Port `bogus` has unsupported type `float128`\n.*problems.prog.config:9: warning: port `wide` has dimension 4.*problems.prog.config:11: error: Port `in` already exists\n.*problems.prog.config:15: error: Parameter `gain` of type `double` has invalid configuration `two`\n.*problems.prog.config:16: error: Port `missing` does not exist\n.*problems.prog.config:18: error: Port `nowhere` does not exist\n.*problems.prog.config:19: error: Connector type `teleport` not available.*problems.prog.config:21: error: Quality provider reference `ghost` does not exist in `Problems`\n.*8 errors, 4 warnings: has problems")
+varnix_sim_test(CheckSchemaDeviations RC 1 ARGS "check|tests/tools/varnix-sim/documents/deviations.prog.config"
+  STDOUT_REGEX "deviations.prog.config:6: warning: schema: Element 'Port', attribute 'attributes': \\[facet 'pattern'\\] The value 'Input Archiv' is not accepted [^\n]*\n[^\n]*:7: warning: Port attribute is unknown: `size`\n[^\n]*:7: warning: schema: [^\n]*'Output  Archive'[^\n]*\n[^\n]*:11: warning: schema: Element 'Conector': This element is not expected[^\n]*\n[^\n]*0 errors, 4 warnings: has problems\n$")
+varnix_sim_test(VersionIsThePackageVersion RC 0 ARGS "--version" STDOUT_REGEX "^varnix-sim ${PROJECT_VERSION}\n$")
 varnix_sim_test(CheckQualityCycle RC 1 ARGS "check|tests/tools/varnix-sim/documents/cycle.prog.config"
   STDOUT_REGEX "cycle.prog.config:11: error: quality providers form a cycle: a:b -> b:c -> a:b")
 varnix_sim_test(CheckMissingFile RC 2 ARGS "check|tests/tools/varnix-sim/documents/none.prog.config"
