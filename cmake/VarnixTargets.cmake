@@ -1,6 +1,12 @@
 # One helper per kind of target: warnings, sanitizers, alias and install rules are applied here
 # and nowhere else.
 
+# Installed programs find the project's libraries relative to themselves (the library directory
+# seen from the program directory), so that an install into any prefix runs without
+# LD_LIBRARY_PATH. The Debian packages drop it again (cmake/DebianStage.cmake).
+file(RELATIVE_PATH varnix_bin_to_lib "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set(CMAKE_INSTALL_RPATH "$ORIGIN/${varnix_bin_to_lib}")
+
 add_library(varnix_build_flags INTERFACE)
 target_compile_options(varnix_build_flags INTERFACE -Wall -Wextra)
 if(VARNIX_BUILD_FUZZ)
@@ -17,7 +23,7 @@ elseif(VARNIX_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(varnix_build_flags INTERFACE -fsanitize=address,undefined)
 endif()
-install(TARGETS varnix_build_flags EXPORT VarnixBaseTargets)
+install(TARGETS varnix_build_flags EXPORT VarnixBaseTargets COMPONENT development)
 
 # varnix_add_library(<target> ALIAS <ns::name> DIRECTORY <dir> [EXCLUDE <subdirs>...] [LINK <libs>...])
 # A shared library of every .cpp below DIRECTORY, with src/ as its include root. EXCLUDE names
@@ -36,12 +42,13 @@ function(varnix_add_library target)
     "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>"
     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
   target_link_libraries(${target} PUBLIC ${ARG_LINK} varnix_build_flags PRIVATE ${ARG_PRIVATE_LINK})
+  # Installed, the libraries find each other in their own directory.
   set_target_properties(${target} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
   install(TARGETS ${target} EXPORT VarnixBaseTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endfunction()
 
 # varnix_add_test(<target> SOURCES <files>... [LINK <libs>...])

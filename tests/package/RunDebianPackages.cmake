@@ -1,0 +1,111 @@
+# Builds the Debian packages from the build in BUILD_DIR (no rebuild: CPack installs what is built),
+# checks them with lintian, unpacks them into a scratch root with dpkg -x, builds the outside
+# project in SOURCE_DIR against that root with CMake and with pkg-config, and runs the packaged
+# simulator. Prints "SKIPPED: ..." (the test counts as skipped) when Debian's tools are missing.
+foreach(tool dpkg-deb dpkg-shlibdeps lintian readelf help2man)
+  string(MAKE_C_IDENTIFIER "${tool}" var)
+  find_program(${var}_PROGRAM ${tool})
+  if(NOT ${var}_PROGRAM)
+    message("SKIPPED: ${tool} is not installed (scripts/setup installs dpkg-dev, lintian, binutils and help2man)")
+    return()
+  endif()
+endforeach()
+file(REMOVE_RECURSE "${WORK_DIR}")
+set(root "${WORK_DIR}/root")
+file(MAKE_DIRECTORY "${root}")
+
+function(run)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err TIMEOUT 600)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "step failed (${rc}): ${ARGN}\n${out}${err}")
+  endif()
+  set(out "${out}" PARENT_SCOPE)
+endfunction()
+
+# 1. The three packages, each with its dependencies.
+run(${CMAKE_CPACK_COMMAND} --config "${BUILD_DIR}/CPackConfig.cmake" -B "${WORK_DIR}/packages")
+set(deb_version "${VERSION}-1")
+foreach(package libvarnixbase1 libvarnixbase-dev varnixbase-tools)
+  file(GLOB deb "${WORK_DIR}/packages/${package}_${deb_version}_*.deb")
+  if(NOT deb)
+    message(FATAL_ERROR "CPack made no ${package}_${deb_version}_*.deb in ${WORK_DIR}/packages")
+  endif()
+  list(APPEND debs "${deb}")
+  run(${dpkg_deb_PROGRAM} --field "${deb}" Depends)
+  set(depends_${package} "${out}")
+  run(${dpkg_deb_PROGRAM} -x "${deb}" "${root}")
+endforeach()
+foreach(expected libc6 libstdc\\+\\+6 libxml2 libfmt9)
+  if(NOT depends_libvarnixbase1 MATCHES "(^|, )${expected} ")
+    message(FATAL_ERROR "libvarnixbase1 does not depend on ${expected}: ${depends_libvarnixbase1}")
+  endif()
+endforeach()
+foreach(package libvarnixbase-dev varnixbase-tools)
+  string(FIND "${depends_${package}}" "libvarnixbase1 (= ${deb_version})" at)
+  if(at EQUAL -1)
+    message(FATAL_ERROR "${package} does not depend on libvarnixbase1 (= ${deb_version}): ${depends_${package}}")
+  endif()
+endforeach()
+if(NOT depends_varnixbase-tools MATCHES "libc6")
+  message(FATAL_ERROR "varnixbase-tools lacks the dependencies dpkg-shlibdeps finds: ${depends_varnixbase-tools}")
+endif()
+
+# 2. lintian finds no error (its warnings are listed in the output of this test).
+execute_process(COMMAND ${lintian_PROGRAM} --fail-on error ${debs}
+                RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err TIMEOUT 600)
+message(STATUS "lintian:\n${out}${err}")
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "lintian reports errors on the packages (exit status ${rc})")
+endif()
+
+# 3. Packaged programs and libraries carry no RPATH; the system's search path finds them.
+file(GLOB elves "${root}/usr/bin/*" "${root}/usr/lib/*.so.*")
+foreach(file IN LISTS elves)
+  if(NOT IS_SYMLINK "${file}")
+    run(${readelf_PROGRAM} -d "${file}")
+    if(out MATCHES "RPATH|RUNPATH")
+      message(FATAL_ERROR "${file} carries an RPATH in the package")
+    endif()
+  endif()
+endforeach()
+
+# 4. An outside project, with CMake's find_package.
+set(env ${CMAKE_COMMAND} -E env "LD_LIBRARY_PATH=${root}/usr/lib")
+run(${CMAKE_COMMAND} -S "${SOURCE_DIR}" -B "${WORK_DIR}/cmake-build" -G "${GENERATOR}" "-DCMAKE_PREFIX_PATH=${root}/usr")
+run(${CMAKE_COMMAND} --build "${WORK_DIR}/cmake-build")
+run(${env} "${WORK_DIR}/cmake-build/package_consumer")
+
+# 5. The same with pkg-config; varnixbase_root places the packaged prefix /usr below the scratch root.
+run(${CMAKE_COMMAND} -E env "PKG_CONFIG_PATH=${root}/usr/lib/pkgconfig"
+    pkg-config "--define-variable=varnixbase_root=${root}" --cflags --libs varnixbase)
+string(STRIP "${out}" flags)
+if(NOT flags MATCHES "-I${root}/usr/include" OR NOT flags MATCHES "-I/usr/include/libxml2")
+  message(FATAL_ERROR "pkg-config does not point into the unpacked package: ${flags}")
+endif()
+separate_arguments(flags UNIX_COMMAND "${flags}")
+run(c++ -std=c++20 "${SOURCE_DIR}/main.cpp" -o "${WORK_DIR}/pkg-config-consumer" ${flags})
+run(${env} "${WORK_DIR}/pkg-config-consumer")
+
+# 6. The packaged simulator: version, an example run, a check against the packaged schema, and its
+#    man page, made from its own help.
+set(sim ${env} "${root}/usr/bin/varnix-sim")
+run(${sim} --version)
+if(NOT out STREQUAL "varnix-sim ${VERSION}\n")
+  message(FATAL_ERROR "packaged varnix-sim --version printed '${out}'")
+endif()
+set(tank "${root}/usr/share/varnixbase/examples/tank")
+run(${sim} run "${tank}/TankProgram.prog.config" --stimulus "${tank}/tank.stimulus.csv")
+file(READ "${tank}/tank.golden.txt" golden)
+if(NOT out STREQUAL golden)
+  message(FATAL_ERROR "the packaged simulator's trace differs from tank.golden.txt:\n${out}")
+endif()
+run(${sim} check "${tank}/TankProgram.prog.config")
+if(NOT EXISTS "${root}/usr/share/varnixbase/prog-config.xsd")
+  message(FATAL_ERROR "the schema is not in the tools package")
+endif()
+run(gzip -dc "${root}/usr/share/man/man1/varnix-sim.1.gz")
+string(FIND "${out}" "cycle\\-time" option) # help2man writes a hyphen as \-
+if(NOT out MATCHES "\\.TH VARNIX-SIM \"1\"" OR option EQUAL -1)
+  message(FATAL_ERROR "the man page lacks its header or the options of the commands:\n${out}")
+endif()
+message(STATUS "the packages install, build consumers and run the simulator")
