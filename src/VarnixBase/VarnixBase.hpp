@@ -56,6 +56,7 @@
 #include "VarnixBase/Core/PortSystem/IConnector.hpp"
 #include "VarnixBase/Core/PortSystem/IParameter.hpp"
 #include "VarnixBase/Core/PortSystem/IPort.hpp"
+#include "VarnixBase/Core/PortSystem/NameIndex.hpp"
 #include "VarnixBase/Core/PortSystem/Parameter.hpp"
 #include "VarnixBase/Core/PortSystem/ParameterProvider.hpp"
 #include "VarnixBase/Core/PortSystem/PnDeviceStatePort.hpp"

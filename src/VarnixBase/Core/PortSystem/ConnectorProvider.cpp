@@ -1,5 +1,6 @@
 #include "VarnixBase/Core/PortSystem/ConnectorProvider.hpp"
 
+#include <iterator>
 #include <utility>
 
 #include "Zon/System/Commons/ArgumentException.hpp"
@@ -37,14 +38,12 @@ bool ConnectorProvider::HasConnector(std::shared_ptr<IConnector> connector)
 
 bool ConnectorProvider::TryGetConnector(const String& name, std::shared_ptr<IConnector>& connector)
 {
-    for (const auto& entry : connectors) {
-        std::shared_ptr<IConnector> candidate = entry;
-        if (candidate->GetName() == name) {
-            connector = std::move(candidate);
-            return true;
-        }
+    const auto* found = index.Find(name.View());
+    if (found == nullptr) {
+        return false;
     }
-    return false;
+    connector = **found;
+    return true;
 }
 
 std::shared_ptr<IConnector> ConnectorProvider::GetConnector(const String& name)
@@ -62,9 +61,15 @@ void ConnectorProvider::AddConnector(std::shared_ptr<IConnector> connector)
         throw ArgumentException("Connector `{0}` already exists", connector->GetName());
     }
     connectors.push_back(connector);
+    const String& name = connector->GetName();
+    bool indexed = false;
     try {
+        indexed = index.Insert(name.View(), std::prev(connectors.cend()));
         program.AddExecutable(std::move(connector));
     } catch (...) {
+        if (indexed) {
+            index.Erase(name.View());
+        }
         connectors.pop_back();
         throw;
     }

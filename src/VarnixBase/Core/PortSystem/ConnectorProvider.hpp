@@ -7,13 +7,16 @@
 #include "Zon/BasicString.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/Loggable.hpp"
 #include "VarnixBase/Core/PortSystem/IConnector.hpp"
+#include "VarnixBase/Core/PortSystem/NameIndex.hpp"
 
 namespace VarnixBase::Core::PortSystem {
 
 class ConfigurableProgramBaseImpl;
 
 /// The connectors of one program, by name, in order of adding. No two have the same name; names
-/// compare exactly and case-sensitively, and look-ups walk the list from the front. Every
+/// compare exactly and case-sensitively. Look-ups go through an index by name kept beside the
+/// list, so they cost the same whatever the number of connectors, and find what a walk of the
+/// list from the front would find. Every
 /// connector added is appended to the program's executables. Nothing is ever removed.
 /// Unlike the port side there is no adding that answers false, and no publishing.
 class ConnectorProvider : public Zon::System::Commons::Diagnostics::Logging::Loggable<ConnectorProvider> {
@@ -47,6 +50,8 @@ public:
 private:
     ConfigurableProgramBaseImpl& program;
     std::list<std::shared_ptr<IConnector>> connectors;
+    /// Each connector's name to its place in `connectors`.
+    NameIndex<std::list<std::shared_ptr<IConnector>>::const_iterator> index;
 };
 
 } // namespace VarnixBase::Core::PortSystem

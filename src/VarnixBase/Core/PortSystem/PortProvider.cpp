@@ -1,5 +1,6 @@
 #include "VarnixBase/Core/PortSystem/PortProvider.hpp"
 
+#include <iterator>
 #include <utility>
 
 #include "Zon/System/Commons/ArgumentException.hpp"
@@ -37,14 +38,12 @@ bool PortProvider::HasPort(std::shared_ptr<IPort> port)
 
 bool PortProvider::TryGetPort(const String& name, std::shared_ptr<IPort>& port)
 {
-    for (const auto& entry : ports) {
-        std::shared_ptr<IPort> candidate = entry;
-        if (candidate->GetName() == name) {
-            port = std::move(candidate);
-            return true;
-        }
+    const auto* found = index.Find(name.View());
+    if (found == nullptr) {
+        return false;
     }
-    return false;
+    port = **found;
+    return true;
 }
 
 std::shared_ptr<IPort> PortProvider::GetPort(const String& name)
@@ -62,6 +61,13 @@ bool PortProvider::TryAddPort(std::shared_ptr<IPort> port)
         return false;
     }
     ports.push_back(port);
+    const String& name = port->GetName();
+    try {
+        index.Insert(name.View(), std::prev(ports.cend()));
+    } catch (...) {
+        ports.pop_back();
+        throw;
+    }
     auto executable = std::dynamic_pointer_cast<Commons::IExecutable>(port);
     if (executable == nullptr) {
         return true;
@@ -69,6 +75,7 @@ bool PortProvider::TryAddPort(std::shared_ptr<IPort> port)
     try {
         program.AddExecutable(std::move(executable));
     } catch (...) {
+        index.Erase(name.View());
         ports.pop_back();
         throw;
     }

@@ -8,13 +8,16 @@
 #include "Zon/Plc/Commons/Meta/DynamicPortsBuilder.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/Loggable.hpp"
 #include "VarnixBase/Core/PortSystem/IPort.hpp"
+#include "VarnixBase/Core/PortSystem/NameIndex.hpp"
 
 namespace VarnixBase::Core::PortSystem {
 
 class ConfigurableProgramBaseImpl;
 
 /// The ports of one program, by name, in order of adding. No two have the same name; names
-/// compare exactly and case-sensitively, and look-ups walk the list from the front. Adding a
+/// compare exactly and case-sensitively. Look-ups go through an index by name kept beside the
+/// list, so they cost the same whatever the number of ports, and find what a walk of the list
+/// from the front would find (the list itself, its order and every message are as they were). Adding a
 /// port that is also executable appends it to the program's executables, so that it runs every
 /// cycle. Nothing is ever removed.
 class PortProvider : public Zon::System::Commons::Diagnostics::Logging::Loggable<PortProvider> {
@@ -53,6 +56,8 @@ public:
 private:
     ConfigurableProgramBaseImpl& program;
     std::list<std::shared_ptr<IPort>> ports;
+    /// Each port's name to its place in `ports`.
+    NameIndex<std::list<std::shared_ptr<IPort>>::const_iterator> index;
 };
 
 } // namespace VarnixBase::Core::PortSystem
