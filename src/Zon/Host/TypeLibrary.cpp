@@ -1,8 +1,12 @@
 #include "Zon/Host/TypeLibrary.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <map>
+#include <string>
+#include <string_view>
 #include <typeindex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -24,29 +28,58 @@ using System::Commons::ArgumentException;
 /// an enumerator holds the list goes into a copy that replaces it, so that enumerators handed out
 /// before keep a consistent view; with no enumerator out, it is appended in place (a structure of
 /// many members, such as a program instance with thousands of ports, is then built in linear time).
+/// Beside the list, an index maps each member's name to its place, so that the check for a
+/// duplicate name and the search of a member by name do not walk the list; members are never
+/// removed and a copy of the list keeps the places, so the index stays true for every copy.
 struct TypeLibrary::Entry {
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view name) const noexcept { return std::hash<std::string_view>{}(name); }
+    };
+
     TypeInfo info;
     bool isStruct = false;
     const std::type_info* cppType = nullptr;
     std::shared_ptr<std::vector<ChildTypeInfo>> children = std::make_shared<std::vector<ChildTypeInfo>>();
+    std::unordered_map<std::string, std::size_t, NameHash, std::equal_to<>> childPlaces;
+
+    /// The member named `name`, or null.
+    const ChildTypeInfo* FindChild(std::string_view name) const
+    {
+        auto found = childPlaces.find(name);
+        return found != childPlaces.end() ? &(*children)[found->second] : nullptr;
+    }
 };
 
 struct TypeLibrary::Impl {
     String libraryName;
     String namespaceName;
     std::vector<std::unique_ptr<Entry>> entries;
+    /// Each entry's name to the entry (names are unique in a library), so that finding a type by
+    /// name does not walk the entries.
+    std::unordered_map<std::string, Entry*, Entry::NameHash, std::equal_to<>> byName;
     std::map<std::type_index, Entry*> byCppType;
     std::vector<const TypeLibrary*> used;
     DataType nextUserCode = DataTypeEnum::FirstUserType;
 
     Entry* FindByName(const String& name) const
     {
-        for (const auto& entry : entries) {
-            if (entry->info.typeIdentifier.GetName() == name) {
-                return entry.get();
-            }
+        auto found = byName.find(name.View());
+        return found != byName.end() ? found->second : nullptr;
+    }
+
+    /// Appends `entry` to the entries and enters its name.
+    Entry& Append(std::unique_ptr<Entry> entry)
+    {
+        Entry& result = *entry;
+        byName.emplace(result.info.typeIdentifier.GetName().ToStdString(), &result);
+        try {
+            entries.push_back(std::move(entry));
+        } catch (...) {
+            byName.erase(result.info.typeIdentifier.GetName().ToStdString());
+            throw;
         }
-        return nullptr;
+        return result;
     }
 
     Entry* Find(const TypeIdentifier& type) const
@@ -72,8 +105,7 @@ struct TypeLibrary::Impl {
         entry->info.size = 0;
         entry->info.alignment = alignof(T);
         entry->cppType = &typeid(T);
-        byCppType[std::type_index(typeid(T))] = entry.get();
-        entries.push_back(std::move(entry));
+        byCppType[std::type_index(typeid(T))] = &Append(std::move(entry));
     }
 };
 
@@ -116,9 +148,8 @@ TypeLibrary::Entry& TypeLibrary::AddTypeEntry(const std::type_info& cppType, con
     entry->info.size = size;
     entry->info.alignment = alignment;
     entry->cppType = &cppType;
-    auto& result = *entry;
-    impl->byCppType[std::type_index(cppType)] = entry.get();
-    impl->entries.push_back(std::move(entry));
+    auto& result = impl->Append(std::move(entry));
+    impl->byCppType[std::type_index(cppType)] = &result;
     return result;
 }
 
@@ -141,11 +172,10 @@ TypeLibrary::Entry& TypeLibrary::AddStructEntry(const std::type_info* cppType, c
     entry->info.alignment = alignment;
     entry->isStruct = true;
     entry->cppType = cppType;
-    auto& result = *entry;
+    auto& result = impl->Append(std::move(entry));
     if (cppType != nullptr) {
-        impl->byCppType[std::type_index(*cppType)] = entry.get();
+        impl->byCppType[std::type_index(*cppType)] = &result;
     }
-    impl->entries.push_back(std::move(entry));
     return result;
 }
 
@@ -179,6 +209,7 @@ bool TypeLibrary::RemoveType(const String& name)
     if ((*found)->cppType != nullptr) {
         impl->byCppType.erase(std::type_index(*(*found)->cppType));
     }
+    impl->byName.erase(name.ToStdString());
     entries.erase(found);
     return true;
 }
@@ -266,10 +297,8 @@ ChildTypeInfo TypeLibrary::GetChildInfo(const TypeIdentifier& type, const String
 {
     const Entry* entry = impl->Find(type);
     if (entry != nullptr) {
-        for (const auto& child : *entry->children) {
-            if (child.name == name) {
-                return child;
-            }
+        if (const ChildTypeInfo* child = entry->FindChild(name.View())) {
+            return *child;
         }
     }
     return ChildTypeInfo::Empty;
@@ -283,11 +312,9 @@ StructDescription& StructDescription::MemberAt(const String& name, std::uint64_t
     if (type.dataType == 0) {
         throw ArgumentException("Member '{0}' of type '{1}' has no type", name, parent.typeIdentifier.GetFullName());
     }
-    for (const auto& child : *entry->children) {
-        if (child.name == name) {
-            throw ArgumentException("Member '{0}' is already described in type '{1}'", name,
-                                    parent.typeIdentifier.GetFullName());
-        }
+    if (entry->FindChild(name.View()) != nullptr) {
+        throw ArgumentException("Member '{0}' is already described in type '{1}'", name,
+                                parent.typeIdentifier.GetFullName());
     }
     // The bytes that the member takes inside the structure: a pointer, or its elements.
     std::uint64_t footprint = sizeof(void*);
@@ -311,7 +338,14 @@ StructDescription& StructDescription::MemberAt(const String& name, std::uint64_t
     if (entry->children.use_count() != 1) {
         entry->children = std::make_shared<std::vector<ChildTypeInfo>>(*entry->children);
     }
+    const std::size_t place = entry->children->size();
     entry->children->push_back(std::move(child));
+    try {
+        entry->childPlaces.emplace(name.ToStdString(), place);
+    } catch (...) {
+        entry->children->pop_back();
+        throw;
+    }
     return *this;
 }
 

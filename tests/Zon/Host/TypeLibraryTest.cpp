@@ -1,5 +1,7 @@
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -428,4 +430,82 @@ TEST(TypeLibrary, UsedLibrariesLendTheirTypesWithTheirNamespace)
     EXPECT_EQ(a.typeIdentifier, TypeIdentifier("Shared", "Element"));
     auto d = library.GetChildInfo(TypeIdentifier("Demo", "Root"), "d");
     EXPECT_EQ(d.typeIdentifier, TypeIdentifier("Demo", "double"));
+}
+
+// The member search and the duplicate check go through an index by name beside the member list;
+// the walk of the list from the front (what GetChildren enumerates) is the oracle they must agree
+// with, also while enumerators handed out earlier keep their own copies of the list.
+TEST(TypeLibrary, MemberLookUpsAgreeWithAWalkOfTheMembersOverRandomAdditions)
+{
+    TypeLibrary library("DemoLibrary", "Demo");
+    auto big = library.AddStruct("Big", 1 << 20, 8);
+    const TypeIdentifier type = big.GetTypeIdentifier();
+    std::mt19937 random(424242);
+    const char alphabet[] = {'x', 'X', 'y', '.'};
+    auto randomName = [&] {
+        std::string name;
+        for (int n = std::uniform_int_distribution<int>(0, 3)(random); n > 0; --n) {
+            name += alphabet[std::uniform_int_distribution<int>(0, 3)(random)];
+        }
+        return Zon::String(name);
+    };
+    auto walkFor = [&](const Zon::String& name) -> std::optional<ChildTypeInfo> {
+        for (const auto& member : Children(library, type)) {
+            if (member.name == name) {
+                return member;
+            }
+        }
+        return std::nullopt;
+    };
+    Zon::IEnumerator<ChildTypeInfo>::Ptr heldEnumerator;
+    std::size_t heldCount = 0;
+    for (int step = 0; step < 400; ++step) {
+        if (step % 50 == 0) {
+            // An enumerator that is held makes the next member go into a copy of the list.
+            heldEnumerator = library.GetChildren(type);
+            heldCount = Children(library, type).size();
+        }
+        Zon::String name = randomName();
+        const std::uint64_t offset = static_cast<std::uint64_t>(step) * 8;
+        if (walkFor(name).has_value()) {
+            EXPECT_EQ(FailureOf([&] { big.MemberAt<double>(name, offset); }),
+                      "Member '" + name.ToStdString() + "' is already described in type 'Demo::Big'");
+        } else {
+            big.MemberAt<double>(name, offset);
+        }
+        Zon::String probe = randomName();
+        const std::optional<ChildTypeInfo> expected = walkFor(probe);
+        ChildTypeInfo found = library.GetChildInfo(type, probe);
+        if (!expected) {
+            EXPECT_EQ(found.dataType, 0) << "step " << step;
+            EXPECT_TRUE(found.name.IsEmpty());
+        } else {
+            EXPECT_EQ(found.name, expected->name) << "step " << step;
+            EXPECT_EQ(found.offset, expected->offset);
+            EXPECT_EQ(found.dataType, expected->dataType);
+        }
+    }
+    std::size_t seen = 0;
+    while (heldEnumerator->MoveNext()) {
+        ++seen;
+    }
+    EXPECT_EQ(seen, heldCount);
+}
+
+TEST(TypeLibrary, FindsEachOfThousandsOfMembersByName)
+{
+    TypeLibrary library("DemoLibrary", "Demo");
+    auto big = library.AddStruct("Big", 8 * 5000, 8);
+    for (int i = 0; i < 5000; ++i) {
+        big.MemberAt<double>(Zon::String("p" + std::to_string(i)), static_cast<std::uint64_t>(i) * 8);
+    }
+    const TypeIdentifier type = big.GetTypeIdentifier();
+    for (int i = 0; i < 5000; i += 7) {
+        ChildTypeInfo member = library.GetChildInfo(type, Zon::String("p" + std::to_string(i)));
+        EXPECT_EQ(member.offset, static_cast<std::uint64_t>(i) * 8);
+        EXPECT_EQ(member.name, Zon::String("p" + std::to_string(i)));
+    }
+    EXPECT_EQ(library.GetChildInfo(type, Zon::String("P1")).dataType, 0);
+    EXPECT_EQ(FailureOf([&] { big.MemberAt<double>("p4999", 0); }),
+              "Member 'p4999' is already described in type 'Demo::Big'");
 }
