@@ -35,6 +35,8 @@ using Zon::System::Commons::IndexOutOfRangeException;
 using Zon::System::Commons::InvalidOperationException;
 using Zon::System::Commons::NotImplementedException;
 using Zon::System::Commons::ParseException;
+using Zon::System::Commons::Diagnostics::Logging::LoggerBase;
+using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 
 namespace {
 
@@ -49,6 +51,19 @@ static_assert(ParseFailureLength == 56);
 
 /// The limit of an element's end, in element sizes from the start of its array.
 constexpr unsigned long ElementLimitFactor = 10;
+
+/// The character at `position` of `text`, or the end mark NUL at and past its end: the parser
+/// reads the text as if one NUL were appended to it, without copying it for that.
+char CharacterAt(std::string_view text, std::size_t position) noexcept
+{
+    return position < text.size() ? text[position] : '\0';
+}
+
+/// Whether trace lines are written at all: their arguments are formed only then.
+bool Tracing() noexcept
+{
+    return LoggerBase::IsEnabled(LogLevel::Trace);
+}
 
 [[noreturn]] void ThrowParseFailure(std::size_t position)
 {
@@ -133,28 +148,28 @@ Zon::IEnumerator<const DataInfo&>::Ptr DataBrowser::Find(const DataFilter& /*fil
 
 DataInfo DataBrowser::GetDataInfo(const String& variablePath)
 {
-    const std::string& path = variablePath.ToStdString();
-    std::string component;
-    std::string root;
-    std::string remainder = path;
-    // The parser reads a copy that ends in a NUL, its end mark.
-    const std::string text = path + '\0';
+    // Views into the path: the parser reads one NUL past the end as its end mark (CharacterAt).
+    const std::string_view path = variablePath.View();
+    std::string_view component;
+    std::string_view root;
+    std::string_view remainder = path;
 
     const std::size_t slash = path.find('/');
-    if (slash != std::string::npos) {
+    if (slash != std::string_view::npos) {
         component = path.substr(0, slash);
         const std::size_t rootStart = slash + 1;
         std::size_t rootEnd = rootStart;
-        while (text[rootEnd] != '.' && text[rootEnd] != '[' && text[rootEnd] != '\0') {
+        while (CharacterAt(path, rootEnd) != '.' && CharacterAt(path, rootEnd) != '[' &&
+               CharacterAt(path, rootEnd) != '\0') {
             ++rootEnd;
         }
         root = path.substr(rootStart, rootEnd - rootStart);
-        if (text[rootEnd] == '.') {
+        if (CharacterAt(path, rootEnd) == '.') {
             remainder = path.substr(rootEnd + 1);
-        } else if (text[rootEnd] == '[') {
+        } else if (CharacterAt(path, rootEnd) == '[') {
             remainder = path.substr(rootEnd);
         } else {
-            remainder.clear();
+            remainder = std::string_view();
         }
     }
 
@@ -173,7 +188,8 @@ DataInfo DataBrowser::GetDataInfo(const String& variablePath)
 
     auto roots = found->second.get().GetRootEnumerator();
     while (roots->MoveNext()) {
-        if (roots->GetCurrent().name == root.c_str()) {
+        // The root never holds a NUL, so this is the comparison with the root's text up to its end.
+        if (roots->GetCurrent().name.View() == root) {
             break;
         }
     }
@@ -183,7 +199,7 @@ DataInfo DataBrowser::GetDataInfo(const String& variablePath)
     if (remainder.empty()) {
         return current;
     }
-    return GetDataInfo(current, remainder);
+    return Walk(current, remainder);
 }
 
 TypeInfo DataBrowser::GetTypeInfo(const String& variablePath)
@@ -193,6 +209,11 @@ TypeInfo DataBrowser::GetTypeInfo(const String& variablePath)
 }
 
 DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& remainder)
+{
+    return Walk(parent, remainder);
+}
+
+DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
 {
     DataInfo result = parent;
     auto* variableAddress = static_cast<unsigned char*>(result.address);
@@ -215,7 +236,8 @@ DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& rem
     bool memberKnown = variableKnown;
     bool elementKnown = variableKnown;
 
-    const std::string text = remainder + '\0';
+    // The remainder is read up to and including one NUL past its end, the end mark.
+    const std::size_t textSize = remainder.size() + 1;
     ChildTypeInfo child = ChildTypeInfo::Empty;
     unsigned char* memberAddress = variableAddress;
     unsigned long elementOffset = 0;
@@ -226,14 +248,16 @@ DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& rem
     PathParserState state = PathParserState::ParseMembers;
 
     auto memberStep = [&](std::size_t position, char end) {
-        memberName = text.substr(memberStart, position - memberStart);
+        memberName.assign(remainder.substr(memberStart, position - memberStart));
+        // One copy of the name, asked for and then kept by the record.
+        String name(memberName);
         auto& typeBrowser = MetaInfoProvider::GetInstance().GetTypeBrowser();
         const bool endsMember = end == '.' || end == '\0';
         if (endsMember) {
             // Asked for its trace line only.
             (void)typeBrowser.GetChildren(result.typeIdentifier);
         }
-        child = typeBrowser.GetChildInfo(result.typeIdentifier, String(memberName));
+        child = typeBrowser.GetChildInfo(result.typeIdentifier, name);
         const bool isPointer = (child.dataType & DataTypePointerBit) != 0;
         if (isPointer && !variableKnown) {
             ThrowPointerOutsideMemory(variableAddress, child.offset);
@@ -245,16 +269,20 @@ DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& rem
             variableKnown = memberKnown;
         }
         GetLogger().Trace("  browse: name={0}, address: {1}", memberName, Show(memberAddress));
-        result = DataInfo(DataTag(String(memberName), memberAddress, child.dataType, child.typeIdentifier, false));
-        GetLogger().Trace("   child: type={}, basetype={}, offset={}", child.typeIdentifier.GetFullName(),
-                          DataTypeEnum(child.dataType & DataTypeBaseMask), child.offset);
+        result = DataInfo(DataTag(std::move(name), memberAddress, child.dataType, child.typeIdentifier, false));
+        if (Tracing()) {
+            GetLogger().Trace("   child: type={}, basetype={}, offset={}", child.typeIdentifier.GetFullName(),
+                              DataTypeEnum(child.dataType & DataTypeBaseMask), child.offset);
+        }
     };
 
     auto indexStep = [&](std::size_t position) {
-        const std::string digits = text.substr(indexStart, position - indexStart);
-        const long index = std::stol(digits, nullptr, 10);
+        const std::string_view digits = remainder.substr(indexStart, position - indexStart);
+        const long index = std::stol(std::string(digits), nullptr, 10);
         indices.push_back(static_cast<unsigned long>(index));
-        memberName += "[" + digits + "]";
+        memberName += '[';
+        memberName += digits;
+        memberName += ']';
         const unsigned long elementSize = child.size != 0 ? child.size : DataTypeEnum(child.dataType).GetSize();
         elementOffset = CalculateArrayElementOffset(indices, child.GetArrayDimensions(), elementSize);
         GetLogger().Trace("  browse: name={}, address={}+{}", memberName, Show(memberAddress), elementOffset);
@@ -264,7 +292,7 @@ DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& rem
         }
         if (elementOffset + elementSize > ElementLimitFactor * elementSize) {
             throw IndexOutOfRangeException("Port {0}/{1} out of range", parent.name,
-                                           remainder.substr(0, digits.size() + 1));
+                                           String(remainder.substr(0, digits.size() + 1)));
         }
         elementKnown = memberKnown && IsInsideDeclaredArray(child.GetArrayDimensions(), elementOffset, elementSize);
         result = DataInfo(DataTag(String(memberName), Advance(memberAddress, elementOffset), child.dataType,
@@ -272,8 +300,8 @@ DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& rem
     };
 
     bool finished = false;
-    for (std::size_t position = 0; !finished && position < text.size(); ++position) {
-        const char character = text[position];
+    for (std::size_t position = 0; !finished && position < textSize; ++position) {
+        const char character = CharacterAt(remainder, position);
         switch (state) {
         case PathParserState::ParseMembers:
             if (character == '.') {

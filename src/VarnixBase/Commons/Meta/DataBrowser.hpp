@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "VarnixBase/Commons/Meta/DataFilter.hpp"
@@ -98,6 +99,10 @@ public:
                                                       const Zon::Plc::Commons::Meta::ChildTypeInfo& child);
 
 private:
+    /// The walk itself, over a view of the remainder: the text ends at its first NUL, or at the
+    /// end of the view.
+    Zon::Plc::Commons::Meta::DataInfo Walk(const Zon::Plc::Commons::Meta::DataInfo& parent, std::string_view remainder);
+
     std::map<Zon::String, std::reference_wrapper<Zon::Plc::Commons::Meta::IDataInfoProvider>> providers;
 };
 

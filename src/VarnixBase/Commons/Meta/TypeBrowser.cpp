@@ -34,6 +34,14 @@ std::uint64_t SizeForTrace(const TypeInfo& info)
     return info.size != 0 ? info.size : DataTypeEnum(info.dataType).GetSize();
 }
 
+/// Whether trace lines are written at all: the type names in them are formed only then.
+bool Tracing() noexcept
+{
+    using Zon::System::Commons::Diagnostics::Logging::LoggerBase;
+    using Zon::System::Commons::Diagnostics::Logging::LogLevel;
+    return LoggerBase::IsEnabled(LogLevel::Trace);
+}
+
 } // namespace
 
 TypeBrowser::TypeBrowser() = default;
@@ -61,10 +69,14 @@ Zon::IEnumerator<ChildTypeInfo>::Ptr TypeBrowser::GetChildren(const TypeIdentifi
 {
     auto found = typeProviders.find(type.GetNamespace());
     if (found == typeProviders.end()) {
-        GetLogger().Trace("  browse: type={} not available", type.GetFullName());
+        if (Tracing()) {
+            GetLogger().Trace("  browse: type={} not available", type.GetFullName());
+        }
         return std::make_shared<Zon::Enumerator<ChildTypeInfo>::Empty>();
     }
-    GetLogger().Trace("  browse: type={}", type.GetFullName());
+    if (Tracing()) {
+        GetLogger().Trace("  browse: type={}", type.GetFullName());
+    }
     return found->second.get().GetChildren(type);
 }
 
@@ -72,12 +84,16 @@ TypeInfo TypeBrowser::GetTypeInfo(const TypeIdentifier& type)
 {
     auto found = typeProviders.find(type.GetNamespace());
     if (found == typeProviders.end()) {
-        GetLogger().Trace("  browse: type={} not available", type.GetFullName());
+        if (Tracing()) {
+            GetLogger().Trace("  browse: type={} not available", type.GetFullName());
+        }
         return TypeInfo::Empty;
     }
     TypeInfo info = found->second.get().GetTypeInfo(type);
-    GetLogger().Trace("  browse: type={}, size={}, alignment={}, fields={}", type.GetFullName(), SizeForTrace(info),
-                      info.alignment, TypeInfoFieldCount);
+    if (Tracing()) {
+        GetLogger().Trace("  browse: type={}, size={}, alignment={}, fields={}", type.GetFullName(),
+                          SizeForTrace(info), info.alignment, TypeInfoFieldCount);
+    }
     return info;
 }
 
@@ -89,8 +105,11 @@ ChildTypeInfo TypeBrowser::GetChildInfo(const TypeIdentifier& type, const String
         return ChildTypeInfo::Empty;
     }
     ChildTypeInfo child = found->second.get().GetChildInfo(type, name);
-    GetLogger().Trace("  browse: child={}, name={}, offset={}, size={}, fields={}", name,
-                      child.typeIdentifier.GetFullName(), child.offset, SizeForTrace(child), ChildTypeInfoFieldCount);
+    if (Tracing()) {
+        GetLogger().Trace("  browse: child={}, name={}, offset={}, size={}, fields={}", name,
+                          child.typeIdentifier.GetFullName(), child.offset, SizeForTrace(child),
+                          ChildTypeInfoFieldCount);
+    }
     return child;
 }
 
