@@ -66,6 +66,7 @@
 #include "VarnixBase/Core/PortSystem/PortProvider.hpp"
 #include "VarnixBase/Core/PortSystem/PortValueTraits.hpp"
 #include "VarnixBase/Core/PortSystem/QualifiedPort.hpp"
+#include "VarnixBase/Core/PortSystem/QualityAggregate.hpp"
 #include "VarnixBase/Core/PortSystem/ScaleConnector.hpp"
 #include "VarnixBase/Core/PortSystem/ValueConversion.hpp"
 #include "VarnixBase/Core/QualitySystem/CombineQuality.hpp"

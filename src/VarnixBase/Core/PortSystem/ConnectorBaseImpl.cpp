@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "Zon/System/Commons/InvalidOperationException.hpp"
-#include "VarnixBase/Core/QualitySystem/CombineQuality.hpp"
+#include "VarnixBase/Core/PortSystem/QualityAggregate.hpp"
 
 namespace VarnixBase::Core::PortSystem {
 
@@ -33,7 +33,7 @@ ParameterProvider& ConnectorBaseImpl::GetParameterProvider()
 
 QualitySystem::Quality ConnectorBaseImpl::GetQuality()
 {
-    return QualitySystem::CombineQuality(impl->qualityProviders);
+    return AggregateQuality(impl->qualityProviders);
 }
 
 void ConnectorBaseImpl::AddQualityProvider(std::shared_ptr<QualitySystem::IQualityProvider> provider)

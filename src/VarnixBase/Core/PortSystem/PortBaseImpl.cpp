@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "VarnixBase/Core/QualitySystem/CombineQuality.hpp"
+#include "VarnixBase/Core/PortSystem/QualityAggregate.hpp"
+
 
 namespace VarnixBase::Core::PortSystem {
 
@@ -27,7 +28,7 @@ PortBaseImpl::~PortBaseImpl() = default;
 
 QualitySystem::Quality PortBaseImpl::GetQuality()
 {
-    return QualitySystem::CombineQuality(impl->qualityProviders);
+    return AggregateQuality(impl->qualityProviders);
 }
 
 const String& PortBaseImpl::GetName()
