@@ -1,7 +1,8 @@
 // What starting a program costs, for 100, 1000 and 10000 ports and connectors from a generated
-// document: `N` int32 ports "p<i>" and `N` copy connectors in a ring, p<i> -> p<i+1>. One item is
-// one port and one connector; the figures are per item, so that growth faster than linear shows as
-// a per-item time that rises with N.
+// document (the one bench/gen_program.py writes): `N` float64 ports "p<i>" and `N` scale
+// connectors in a ring, p<i> -> p<i+1>, each with a `gain` parameter. One item is one port and one
+// connector with its parameter; the figures are per item, so that growth faster than linear shows
+// as a per-item time that rises with N.
 //
 // Each iteration times the three phases of a controller's start-up (the program's construction,
 // the publishing of its ports, the domain proxy's event that builds the connectors) and reports
@@ -10,11 +11,13 @@
 //
 // The baseline builds the same graph by hand from the same file: libxml2 reads the document, the
 // ports are made directly and kept in a hash map by name, publishing enters each port's address in
-// a hash map by its path, and each connector finds its ports and their addresses by hash and keeps
-// the two pointers. It shows what the work costs when every look-up is constant time.
+// a hash map by its path, and each connector finds its ports and their addresses by hash, converts
+// its gain with `strtod` and keeps the two pointers and the gain. It shows what the work costs when
+// every look-up is constant time.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -37,12 +40,12 @@ std::string RingDocument(std::size_t count)
 {
     std::string xml = "<Configuration><Program type=\"StartUp\"><Ports>\n";
     for (std::size_t i = 0; i < count; ++i) {
-        xml += "<Port name=\"p" + std::to_string(i) + "\" type=\"int32\"/>\n";
+        xml += "<Port name=\"p" + std::to_string(i) + "\" type=\"float64\"/>\n";
     }
     xml += "</Ports><Connectors>\n";
     for (std::size_t i = 0; i < count; ++i) {
         xml += "<Connector startPort=\"p" + std::to_string(i) + "\" endPort=\"p" + std::to_string((i + 1) % count) +
-               "\" type=\"copy\"/>\n";
+               "\" type=\"scale\"><Parameter name=\"gain\" value=\"0.5\"/></Connector>\n";
     }
     xml += "</Connectors></Program></Configuration>\n";
     return xml;
@@ -125,12 +128,16 @@ void ForEachElement(xmlNode* node, const char* name, F&& visit)
 /// The same graph, by hand.
 struct HandBuilt {
     struct Connector {
-        const int* in;
-        int* out;
+        const double* in;
+        double* out;
+        double gain;
     };
-    std::unordered_map<std::string, std::shared_ptr<Port<int>>> ports;
-    std::vector<std::pair<std::string, std::string>> connectorEnds;
-    std::unordered_map<std::string, int*> published;
+    struct Ends {
+        std::string start, end, gain;
+    };
+    std::unordered_map<std::string, std::shared_ptr<Port<double>>> ports;
+    std::vector<Ends> connectorEnds;
+    std::unordered_map<std::string, double*> published;
     std::vector<std::shared_ptr<Connector>> connectors;
 };
 
@@ -152,11 +159,17 @@ void BM_StartUp_Baseline(benchmark::State& state)
         xmlNode* root = xmlDocGetRootElement(document);
         ForEachElement(root, "Port", [&](xmlNode* node) {
             std::string name = Attribute(node, "name");
-            auto port = std::make_shared<Port<int>>(Zon::String(name), 1);
+            auto port = std::make_shared<Port<double>>(Zon::String(name), 1);
             graph->ports.emplace(std::move(name), std::move(port));
         });
         ForEachElement(root, "Connector", [&](xmlNode* node) {
-            graph->connectorEnds.emplace_back(Attribute(node, "startPort"), Attribute(node, "endPort"));
+            HandBuilt::Ends ends{Attribute(node, "startPort"), Attribute(node, "endPort"), ""};
+            ForEachElement(node->children, "Parameter", [&](xmlNode* parameter) {
+                if (Attribute(parameter, "name") == "gain") {
+                    ends.gain = Attribute(parameter, "value");
+                }
+            });
+            graph->connectorEnds.push_back(std::move(ends));
         });
         xmlFreeDoc(document);
         auto t1 = Clock::now();
@@ -165,16 +178,17 @@ void BM_StartUp_Baseline(benchmark::State& state)
             port->Publish(builder);
         }
         for (const auto& entry : builder.GetEntries()) {
-            graph->published.emplace("App/Main." + entry.name.ToStdString(), static_cast<int*>(entry.address));
+            graph->published.emplace("App/Main." + entry.name.ToStdString(), static_cast<double*>(entry.address));
         }
         auto t2 = Clock::now();
-        for (const auto& [start, end] : graph->connectorEnds) {
+        for (const auto& [start, end, gain] : graph->connectorEnds) {
             if (graph->ports.count(start) == 0 || graph->ports.count(end) == 0) {
                 state.SkipWithError("a connector names a port that does not exist");
                 break;
             }
             graph->connectors.push_back(std::make_shared<HandBuilt::Connector>(
-                HandBuilt::Connector{graph->published.at("App/Main." + start), graph->published.at("App/Main." + end)}));
+                HandBuilt::Connector{graph->published.at("App/Main." + start), graph->published.at("App/Main." + end),
+                                     std::strtod(gain.c_str(), nullptr)}));
         }
         auto t3 = Clock::now();
         state.SetIterationTime(Seconds(t0, t3));

@@ -4,7 +4,8 @@ figure beside its baseline (the benchmark of the same name with "_Baseline" afte
 name) and their ratio, then the counters of figures that report some, the machine, and the
 findings kept by hand in bench/findings.md.
 
-Times are CPU times, except for figures measured in real time or timed by hand (their names end
+When the runs were repeated (--benchmark_repetitions), each figure is the median of its
+repetitions. Times are CPU times, except for figures measured in real time or timed by hand (their names end
 in "/real_time" or "/manual_time"). Figures that count items (items per second) also show the time
 per item: per connector, per port, per cycle, as the suite says."""
 import json
@@ -71,10 +72,16 @@ def main():
         data = json.loads(path.read_text())
         context = context or data.get("context", {})
         benches = {}
+        medians = {}
         for bench in data.get("benchmarks", []):
-            if bench.get("run_type", "iteration") != "iteration" or bench.get("error_occurred"):
+            if bench.get("error_occurred"):
                 continue
-            benches[bench["name"]] = bench
+            if bench.get("run_type", "iteration") == "iteration":
+                benches.setdefault(bench["name"], bench)
+            elif bench.get("aggregate_name") == "median":
+                medians[bench["run_name"]] = dict(bench, name=bench["run_name"])
+        # With repetitions, a figure is the median of its runs, so that one noisy run does not decide.
+        benches.update(medians)
         suite = path.stem.removeprefix("bench_")
         for name, bench in benches.items():
             extra = {k: v for k, v in bench.items() if k not in STANDARD_KEYS and isinstance(v, (int, float))}
@@ -99,7 +106,8 @@ def main():
     print("figure counts (connectors, ports, cycles, jobs, subscribers). The baseline column shows the")
     print("baseline's time per item when it counts items, else per iteration, and the ratio compares")
     print("like with like (1.00 = as fast as by hand). CPU time, except for figures measured in real")
-    print("time or timed by hand (names ending in `/real_time` or `/manual_time`).\n")
+    print("time or timed by hand (names ending in `/real_time` or `/manual_time`). Each figure is the")
+    print("median of its repetitions when the run was repeated (`scripts/bench` repeats each 5 times).\n")
     if context:
         caches = ", ".join(f"L{c['level']} {c['type'].lower()} {c['size'] // 1024} KiB"
                            for c in context.get("caches", []))
