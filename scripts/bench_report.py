@@ -69,7 +69,11 @@ def main():
     counter_names = []
     context = None
     for path in sorted(folder.glob("*.json")):
-        data = json.loads(path.read_text())
+        text = path.read_text()
+        if not text.strip():
+            # A suite of which --filter selected no figure writes an empty file.
+            continue
+        data = json.loads(text)
         context = context or data.get("context", {})
         benches = {}
         medians = {}
