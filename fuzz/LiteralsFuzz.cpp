@@ -5,9 +5,12 @@
 //   that no literal gives, and the boolean one alternately from true and false);
 // - a boolean result that is neither true nor false, or a floating-point result that is not
 //   finite (a magnitude too large gives the largest finite value);
-// - any exception out of `TryParse`.
-// The `To...` operations are left out: they add nothing but a throw on top of `TryParse`, and each
-// call compiles its expression anew, which would halve the executions.
+// - any exception out of `TryParse`;
+// - a text that converts otherwise once white space is put around it (every length is read, so the
+//   longer text must give the same answer and the same value).
+// The `To...` operations are left out: they add nothing but a throw on top of `TryParse`.
+// Inputs of every length are taken; fuzz_LiteralsOracle compares short ones with the expressions
+// that define the literals.
 
 #include <cmath>
 #include <cstddef>
@@ -18,6 +21,7 @@
 #include <exception>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
 
@@ -32,7 +36,7 @@ namespace {
 }
 
 template <class T>
-void Check(const Zon::String& value, T sentinel)
+void Check(const Zon::String& value, const Zon::String& padded, T sentinel)
 {
     T result = sentinel;
     bool accepted = false;
@@ -44,6 +48,10 @@ void Check(const Zon::String& value, T sentinel)
     }
     if (!accepted && std::memcmp(&result, &sentinel, sizeof(T)) != 0) {
         Fail("a refused text changed the result", value);
+    }
+    T paddedResult = sentinel;
+    if (Convert::TryParse(padded, paddedResult) != accepted || std::memcmp(&result, &paddedResult, sizeof(T)) != 0) {
+        Fail("white space around the text changed its conversion", value);
     }
     if constexpr (std::is_same_v<T, bool>) {
         unsigned char byte = 0;
@@ -63,10 +71,18 @@ void Check(const Zon::String& value, T sentinel)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    Zon::String value(std::string(reinterpret_cast<const char*>(data), size));
-    Check<unsigned long>(value, 0x5a5a5a5a5a5a5a5aul);
-    Check<long>(value, -0x5a5a5a5a5a5a5a5al);
-    Check<bool>(value, size % 2 == 0);
-    Check<double>(value, -12345.5);
+    const char* text = reinterpret_cast<const char*>(data);
+    Zon::String value(text, size);
+    // White space before the text, and after it up to its first NUL (what follows is not read).
+    const void* nul = std::memchr(text, '\0', size);
+    std::size_t read = nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - text) : size;
+    std::string padded;
+    padded.reserve(read + 7);
+    padded.append(" \t\v").append(text, read).append("\r\n\f ");
+    Zon::String paddedValue(std::move(padded));
+    Check<unsigned long>(value, paddedValue, 0x5a5a5a5a5a5a5a5aul);
+    Check<long>(value, paddedValue, -0x5a5a5a5a5a5a5a5al);
+    Check<bool>(value, paddedValue, size % 2 == 0);
+    Check<double>(value, paddedValue, -12345.5);
     return 0;
 }

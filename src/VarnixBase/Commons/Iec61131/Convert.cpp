@@ -1,9 +1,10 @@
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
 
-#include <cstring>
-#include <ios>
-#include <regex>
-#include <sstream>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <string>
+#include <system_error>
 
 #include "Zon/System/Commons/ArgumentException.hpp"
 
@@ -13,127 +14,356 @@ using Zon::System::Commons::ArgumentException;
 
 namespace {
 
-constexpr const char* unsignedPattern =
-    R"re(^\s*(?:(u[sdl]?int)#)?(?:(\d(?:_?\d)*)|(?:2#((?:_?[01])+)|8#((?:_?[0-7])+)|16#((?:_?[0-9a-f])+)))\s*$)re";
-constexpr const char* signedPattern =
-    R"re(^\s*(?:([sdl]?int)#)?(?:([-+]?\d(?:_?\d)*)|(?:2#((?:_?[01])+)|8#((?:_?[0-7])+)|16#((?:_?[0-9a-f])+)))\s*$)re";
-constexpr const char* booleanPattern = R"re(^\s*(?:bool#)?(0|1|false|true)\s*$)re";
-constexpr const char* floatPattern =
-    R"re(^\s*(?:(l?real)#)?((?:[-+]?\d(?:_?\d)*)\.\d+(?:_?\d)*(?:e[-+]?\d(?:_?\d)*)?)\s*$)re";
+// Every literal is read in one pass from the left over the C string of the value, so a text ends at
+// its first NUL: no character class below takes NUL, and each step stops at it. Nothing is
+// recursive and nothing is allocated, except the copy of a floating-point number with separators
+// that does not fit the buffer on the stack.
 
-/// White space as every locale has it; the expressions accept it at both ends.
-bool IsBlank(char unit) noexcept
+/// ASCII white space: space, tab, line feed, vertical tab, form feed, carriage return.
+constexpr bool IsBlank(char unit) noexcept
 {
-    return unit == ' ' || unit == '\t' || unit == '\n' || unit == '\v' || unit == '\f' || unit == '\r';
+    return unit == ' ' || (unit >= '\t' && unit <= '\r');
 }
 
-/// Matches the text, up to its first NUL, against `pattern` as a whole. White space at both ends
-/// is cut off first, which changes nothing about the match since the expressions take any amount
-/// of it there, and keeps the engine's recursion to the literal itself. A literal longer than
-/// `Convert::MaxLiteralLength` does not match.
-bool Match(const Zon::String& value, const char* pattern, std::cmatch& match)
+constexpr bool IsDigit(char unit) noexcept
 {
-    const char* first = value.CStr();
-    const char* last = first + std::strlen(first);
-    while (first != last && IsBlank(*first)) {
-        ++first;
-    }
-    while (last != first && IsBlank(*(last - 1))) {
-        --last;
-    }
-    if (static_cast<std::size_t>(last - first) > Convert::MaxLiteralLength) {
-        return false;
-    }
-    std::regex expression(pattern, std::regex::icase);
-    return std::regex_search(first, last, match, expression);
+    return unit >= '0' && unit <= '9';
 }
 
-bool IsFilled(const std::csub_match& group) noexcept
+/// The ASCII letter in lower case; any other byte as it is.
+constexpr char Lower(char unit) noexcept
 {
-    return group.matched && group.length() > 0;
+    return unit >= 'A' && unit <= 'Z' ? static_cast<char>(unit - 'A' + 'a') : unit;
 }
 
-/// Reads the group's digits, without `_`, through a string stream in `base`. The stream's state
-/// is not looked at: out of range, the extraction stores the type's largest or smallest value.
-template <class T>
-void ExtractThroughStream(const std::csub_match& group, std::ios_base& (*base)(std::ios_base&), T& result)
+/// The value of a digit in `base` (2, 8 or 16; letters in either case), or -1.
+constexpr int DigitValue(char unit, unsigned base) noexcept
 {
-    std::stringstream stream;
-    stream << base;
-    for (const char* unit = group.first; unit != group.second; ++unit) {
-        if (*unit != '_') {
-            stream << *unit;
-        }
-    }
-    stream >> result;
-}
-
-/// Shifts the group's binary digits in one by one, without any check: digits beyond the 64th
-/// push the oldest bits out. The work is done on the unsigned pattern so that a digit reaching
-/// the sign bit of a signed result is well defined.
-template <class T>
-void ExtractBinary(const std::csub_match& group, T& result)
-{
-    unsigned long bits = 0;
-    for (const char* unit = group.first; unit != group.second; ++unit) {
-        if (*unit != '_') {
-            bits = (bits << 1) | (*unit == '1' ? 1ul : 0ul);
-        }
-    }
-    result = static_cast<T>(bits);
-}
-
-template <class T>
-bool TryParseInteger(const Zon::String& value, const char* pattern, T& result)
-{
-    std::cmatch match;
-    if (!Match(value, pattern, match)) {
-        return false;
-    }
-    if (IsFilled(match[2])) {
-        ExtractThroughStream(match[2], std::dec, result);
-    } else if (IsFilled(match[3])) {
-        ExtractBinary(match[3], result);
-    } else if (IsFilled(match[4])) {
-        ExtractThroughStream(match[4], std::oct, result);
-    } else if (IsFilled(match[5])) {
-        ExtractThroughStream(match[5], std::hex, result);
+    int value = -1;
+    if (IsDigit(unit)) {
+        value = unit - '0';
     } else {
+        char lower = Lower(unit);
+        if (lower >= 'a' && lower <= 'f') {
+            value = lower - 'a' + 10;
+        }
+    }
+    return value >= 0 && static_cast<unsigned>(value) < base ? value : -1;
+}
+
+const char* SkipBlanks(const char* at) noexcept
+{
+    while (IsBlank(*at)) {
+        ++at;
+    }
+    return at;
+}
+
+/// True when only white space follows `at` up to the end of the text.
+bool OnlyBlanksFollow(const char* at) noexcept
+{
+    return *SkipBlanks(at) == '\0';
+}
+
+/// Takes `word` (lower case, no NUL) at `at` in either case and moves past it.
+bool TakeWord(const char*& at, std::string_view word) noexcept
+{
+    for (std::size_t index = 0; index < word.size(); ++index) {
+        if (Lower(at[index]) != word[index]) {
+            return false;
+        }
+    }
+    at += word.size();
+    return true;
+}
+
+/// Takes a decimal digit run, a digit followed by digits that may each have one `_` before them,
+/// and moves past it. With `Accumulate`, adds each digit to `magnitude` and sets `overflow` once it
+/// passes `limit`. Returns false when no digit stands at `at`. A `_` that no digit follows ends the
+/// run in front of it.
+bool TakeDecimalRun(const char*& at, unsigned long limit, unsigned long& magnitude, bool& overflow) noexcept
+{
+    if (!IsDigit(*at)) {
         return false;
+    }
+    const unsigned long cutoff = limit / 10;
+    const unsigned long lastDigit = limit % 10;
+    for (;;) {
+        auto digit = static_cast<unsigned long>(*at - '0');
+        if (magnitude > cutoff || (magnitude == cutoff && digit > lastDigit)) {
+            overflow = true;
+        } else {
+            magnitude = magnitude * 10 + digit;
+        }
+        if (IsDigit(at[1])) {
+            at += 1;
+        } else if (at[1] == '_' && IsDigit(at[2])) {
+            at += 2;
+        } else {
+            ++at;
+            return true;
+        }
+    }
+}
+
+/// Takes a decimal digit run as above, only checking it; `separated` is set when it holds a `_`.
+bool SkipDecimalRun(const char*& at, bool& separated) noexcept
+{
+    if (!IsDigit(*at)) {
+        return false;
+    }
+    for (;;) {
+        if (IsDigit(at[1])) {
+            at += 1;
+        } else if (at[1] == '_' && IsDigit(at[2])) {
+            separated = true;
+            at += 2;
+        } else {
+            ++at;
+            return true;
+        }
+    }
+}
+
+/// Takes the digits of a based number (each digit may have one `_` before it, at least one digit)
+/// and moves past them. Base 2 shifts each digit in without any check, so that digits beyond the
+/// 64th push the oldest out; bases 8 and 16 stop at `limit` and set `overflow`.
+bool TakeBasedRun(const char*& at, unsigned base, unsigned long limit, unsigned long& magnitude, bool& overflow) noexcept
+{
+    const char* cursor = at;
+    bool any = false;
+    const unsigned long cutoff = limit / base;
+    const unsigned long lastDigit = limit % base;
+    for (;;) {
+        const char* digitAt = *cursor == '_' ? cursor + 1 : cursor;
+        int digit = DigitValue(*digitAt, base);
+        if (digit < 0) {
+            break;
+        }
+        any = true;
+        cursor = digitAt + 1;
+        auto value = static_cast<unsigned long>(digit);
+        if (base == 2) {
+            magnitude = (magnitude << 1) | value;
+        } else if (magnitude > cutoff || (magnitude == cutoff && value > lastDigit)) {
+            overflow = true;
+        } else {
+            magnitude = magnitude * base + value;
+        }
+    }
+    at = cursor;
+    return any;
+}
+
+/// The number of an integer literal, once its type prefix is behind `at`: a decimal number (with
+/// a sign when `Signed`) or `2#`, `8#`, `16#` and digits of that base, then only white space. Out
+/// of range, bases 8, 10 and 16 give the largest value of the type, or for a negative decimal the
+/// smallest; base 2 wraps. `result` is written only when the text is a literal.
+template <class T>
+bool TakeIntegerBody(const char* at, T& result) noexcept
+{
+    constexpr bool isSigned = std::numeric_limits<T>::is_signed;
+    constexpr auto largest = static_cast<unsigned long>(std::numeric_limits<T>::max());
+    unsigned long magnitude = 0;
+    bool overflow = false;
+    bool negative = false;
+    unsigned base = 10;
+    if (at[0] == '2' && at[1] == '#') {
+        base = 2;
+        at += 2;
+    } else if (at[0] == '8' && at[1] == '#') {
+        base = 8;
+        at += 2;
+    } else if (at[0] == '1' && at[1] == '6' && at[2] == '#') {
+        base = 16;
+        at += 3;
+    }
+    if (base == 10) {
+        if constexpr (isSigned) {
+            negative = *at == '-';
+            if (*at == '-' || *at == '+') {
+                ++at;
+            }
+        }
+        unsigned long limit = negative ? largest + 1 : largest;
+        if (!TakeDecimalRun(at, limit, magnitude, overflow)) {
+            return false;
+        }
+    } else if (!TakeBasedRun(at, base, largest, magnitude, overflow)) {
+        return false;
+    }
+    if (!OnlyBlanksFollow(at)) {
+        return false;
+    }
+    if (base == 2) {
+        result = static_cast<T>(magnitude);
+    } else if (overflow) {
+        result = negative ? std::numeric_limits<T>::min() : std::numeric_limits<T>::max();
+    } else {
+        result = static_cast<T>(negative ? 0ul - magnitude : magnitude);
     }
     return true;
+}
+
+/// The decimal exponent of the leading digit of a number in the form the floating-point literal
+/// checked (sign, digits, `.`, digits, optional exponent, `_` separators), counted with saturation
+/// far beyond any exponent a `double` reaches. Only its sign is used: it tells a number too large
+/// from one too small for a `double`.
+long LeadingExponent(const char* first, const char* last) noexcept
+{
+    constexpr long bound = 1L << 40;
+    long position = 0;
+    bool seenNonZero = false;
+    bool inFraction = false;
+    const char* at = first;
+    for (; at != last && Lower(*at) != 'e'; ++at) {
+        if (*at == '.') {
+            inFraction = true;
+        } else if (IsDigit(*at)) {
+            if (!seenNonZero && *at != '0') {
+                seenNonZero = true;
+                position = inFraction ? position - 1 : 0;
+            } else if (!seenNonZero && inFraction) {
+                --position;
+            } else if (seenNonZero && !inFraction && position < bound) {
+                ++position;
+            }
+        }
+    }
+    long exponent = 0;
+    bool negative = false;
+    for (; at != last; ++at) {
+        if (*at == '-') {
+            negative = true;
+        } else if (IsDigit(*at) && exponent < bound) {
+            exponent = exponent * 10 + (*at - '0');
+        }
+    }
+    return position + (negative ? -exponent : exponent);
+}
+
+/// Converts the checked number in [first, last), without its `_`, to a `double` the way the
+/// C library reads it in the classic locale, correctly rounded. A magnitude too large for a
+/// `double` gives the largest finite value of its sign, one too small a zero of its sign.
+double ToDouble(const char* first, const char* last, bool separated)
+{
+    bool negative = *first == '-';
+    const char* digits = (*first == '-' || *first == '+') ? first + 1 : first;
+    std::array<char, 128> buffer{};
+    std::string heap;
+    const char* begin = digits;
+    const char* end = last;
+    if (separated) {
+        char* out = buffer.data();
+        if (static_cast<std::size_t>(last - digits) > buffer.size()) {
+            heap.resize(static_cast<std::size_t>(last - digits));
+            out = heap.data();
+        }
+        begin = out;
+        for (const char* at = digits; at != last; ++at) {
+            if (*at != '_') {
+                *out++ = *at;
+            }
+        }
+        end = out;
+    }
+    double magnitude = 0.0;
+    auto [stop, error] = std::from_chars(begin, end, magnitude, std::chars_format::general);
+    static_cast<void>(stop);
+    if (error == std::errc::result_out_of_range) {
+        magnitude = LeadingExponent(first, last) > 0 ? std::numeric_limits<double>::max() : 0.0;
+    }
+    return negative ? -magnitude : magnitude;
 }
 
 } // namespace
 
 bool Convert::TryParse(const Zon::String& value, unsigned long& result)
 {
-    return TryParseInteger(value, unsignedPattern, result);
+    const char* at = SkipBlanks(value.CStr());
+    if (Lower(*at) == 'u') {
+        const char* prefix = at + 1;
+        char size = Lower(*prefix);
+        if (size == 's' || size == 'd' || size == 'l') {
+            ++prefix;
+        }
+        if (!TakeWord(prefix, "int#")) {
+            return false;
+        }
+        at = prefix;
+    }
+    return TakeIntegerBody(at, result);
 }
 
 bool Convert::TryParse(const Zon::String& value, long& result)
 {
-    return TryParseInteger(value, signedPattern, result);
+    const char* at = SkipBlanks(value.CStr());
+    const char* prefix = at;
+    char size = Lower(*prefix);
+    if (size == 's' || size == 'd' || size == 'l') {
+        ++prefix;
+    }
+    if (TakeWord(prefix, "int#")) {
+        at = prefix;
+    }
+    return TakeIntegerBody(at, result);
 }
 
 bool Convert::TryParse(const Zon::String& value, bool& result)
 {
-    std::cmatch match;
-    if (!Match(value, booleanPattern, match)) {
+    const char* at = SkipBlanks(value.CStr());
+    TakeWord(at, "bool#");
+    bool truth = false;
+    if (*at == '0' || *at == '1') {
+        truth = *at == '1';
+        ++at;
+    } else if (TakeWord(at, "true")) {
+        truth = true;
+    } else if (!TakeWord(at, "false")) {
         return false;
     }
-    char first = *match[1].first;
-    result = first == 't' || first == 'T' || first == '1';
+    if (!OnlyBlanksFollow(at)) {
+        return false;
+    }
+    result = truth;
     return true;
 }
 
 bool Convert::TryParse(const Zon::String& value, double& result)
 {
-    std::cmatch match;
-    if (!Match(value, floatPattern, match)) {
+    const char* at = SkipBlanks(value.CStr());
+    const char* prefix = at;
+    if (Lower(*prefix) == 'l') {
+        ++prefix;
+    }
+    if (TakeWord(prefix, "real#")) {
+        at = prefix;
+    }
+    const char* first = at;
+    bool separated = false;
+    if (*at == '-' || *at == '+') {
+        ++at;
+    }
+    if (!SkipDecimalRun(at, separated) || *at != '.') {
         return false;
     }
-    ExtractThroughStream(match[2], std::dec, result);
+    ++at;
+    if (!SkipDecimalRun(at, separated)) {
+        return false;
+    }
+    if (Lower(*at) == 'e') {
+        ++at;
+        if (*at == '-' || *at == '+') {
+            ++at;
+        }
+        if (!SkipDecimalRun(at, separated)) {
+            return false;
+        }
+    }
+    if (!OnlyBlanksFollow(at)) {
+        return false;
+    }
+    result = ToDouble(first, at, separated);
     return true;
 }
 

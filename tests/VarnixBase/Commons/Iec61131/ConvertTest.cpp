@@ -1,12 +1,17 @@
+#include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <pthread.h>
+
 #include <gtest/gtest.h>
 
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
 #include "Zon/System/Commons/ArgumentException.hpp"
+#include "support/ResourceCounter.hpp"
 
 using VarnixBase::Commons::Iec61131::Convert;
 using Zon::System::Commons::ArgumentException;
@@ -456,25 +461,82 @@ TEST(Iec61131ConvertTo, TheTextCarriesTheValueAsItStands)
 
 // --- long texts ------------------------------------------------------------------------------------
 
-TEST(Iec61131ConvertLength, ALiteralOfTheLongestLengthIsRead)
+TEST(Iec61131ConvertLength, LiteralsOfAnyLengthAreRead)
 {
-    std::string digits = std::string(Convert::MaxLiteralLength - 1, '0') + "1";
-    EXPECT_EQ(U(digits), 1ul);
-    EXPECT_EQ(S(digits), 1l);
-    std::string fraction = "0.5" + std::string(Convert::MaxLiteralLength - 3, '0');
-    ASSERT_EQ(fraction.size(), Convert::MaxLiteralLength);
-    EXPECT_EQ(D(fraction), 0.5);
-    EXPECT_EQ(D("\t " + fraction + " \n"), 0.5);
+    // Far beyond what a recursive matcher could take: the conversion reads any length.
+    for (std::size_t length : {1024u, 1025u, 4096u, 100000u}) {
+        std::string zeros(length - 1, '0');
+        EXPECT_EQ(U(zeros + "1"), 1ul) << length;
+        EXPECT_EQ(S("-" + zeros + "7"), -7l) << length;
+        EXPECT_EQ(U("16#" + zeros + "Ff"), 255ul) << length;
+        EXPECT_EQ(S("8#" + zeros + "17"), 15l) << length;
+        EXPECT_EQ(D("0.5" + zeros), 0.5) << length;
+        EXPECT_EQ(D("\t " + zeros + "2.5" + zeros + "e" + zeros + "1 \n"), 25.0) << length;
+        EXPECT_EQ(D("lreal#" + zeros + "0.0" + zeros + "1e" + std::to_string(length + 1)), 1.0) << length;
+    }
 }
 
-TEST(Iec61131ConvertLength, ALongerLiteralIsRefusedWithoutHarm)
+TEST(Iec61131ConvertLength, LongLiteralsOverflowAsShortOnesDo)
 {
-    std::string digits = std::string(Convert::MaxLiteralLength, '0') + "1";
-    EXPECT_EQ(U(digits), std::nullopt);
-    EXPECT_EQ(S(std::string(200000, '1')), std::nullopt);
-    EXPECT_EQ(D(std::string(200000, '1') + ".5"), std::nullopt);
+    std::string many(5000, '9');
+    EXPECT_EQ(U(many), maxUnsigned);
+    EXPECT_EQ(S(many), maxSigned);
+    EXPECT_EQ(S("-" + many), minSigned);
+    EXPECT_EQ(U("16#" + std::string(5000, 'f')), maxUnsigned);
+    EXPECT_EQ(S("8#" + std::string(5000, '7')), maxSigned);
+    EXPECT_EQ(D(many + ".5"), maxDouble);
+    EXPECT_EQ(D("-" + many + ".5"), -maxDouble);
+    EXPECT_EQ(D("0." + std::string(5000, '0') + "1"), 0.0);
+    EXPECT_TRUE(std::signbit(*D("-0." + std::string(5000, '0') + "1")));
+}
+
+TEST(Iec61131ConvertLength, LongBinaryLiteralsKeepTheirLastSixtyFourDigits)
+{
+    // 10,000 digits: the value is that of the last 64, with the separators left out.
+    std::string digits;
+    for (std::size_t index = 0; index < 10000; ++index) {
+        digits += index % 3 == 0 ? '1' : '0';
+        if (index % 7 == 6) {
+            digits += '_';
+        }
+    }
+    digits += "1";
+    unsigned long expected = 0;
+    for (char unit : digits) {
+        if (unit != '_') {
+            expected = (expected << 1) | (unit == '1' ? 1ul : 0ul);
+        }
+    }
+    EXPECT_EQ(U("2#" + digits), expected);
+    EXPECT_EQ(S("2#" + digits), static_cast<long>(expected));
+}
+
+TEST(Iec61131ConvertLength, LongSeparatedRealsGiveTheValueOfTheirDigits)
+{
+    // The value of a long number with separators is that of the same number without them.
+    std::string plain;
+    std::string separated;
+    for (std::size_t index = 0; index < 3000; ++index) {
+        char digit = static_cast<char>('0' + (index * 7) % 10);
+        plain += digit;
+        separated += digit;
+        if (index % 5 == 4 && index + 1 < 3000) {
+            separated += '_';
+        }
+    }
+    EXPECT_EQ(D("1." + separated + "e-2_0"), std::strtod(("1." + plain + "e-20").c_str(), nullptr));
+    EXPECT_EQ(D("-" + separated + ".2_5e-3_000"), std::strtod(("-" + plain + ".25e-3000").c_str(), nullptr));
+}
+
+TEST(Iec61131ConvertLength, LongTextsThatAreNoLiteralAreRefused)
+{
+    EXPECT_EQ(S(std::string(200000, '1') + "x"), std::nullopt);
+    EXPECT_EQ(U("2#" + std::string(200000, '1') + "2"), std::nullopt);
+    EXPECT_EQ(D(std::string(200000, '1') + ".5e"), std::nullopt);
+    EXPECT_EQ(D(std::string(200000, '1')), std::nullopt);
     EXPECT_EQ(B(std::string(200000, 't')), std::nullopt);
-    EXPECT_THROW(Convert::ToUint(digits), ArgumentException);
+    EXPECT_EQ(U(std::string(100000, '1') + "__1"), std::nullopt);
+    EXPECT_THROW(Convert::ToUint("-" + std::string(5000, '1')), ArgumentException);
 }
 
 TEST(Iec61131ConvertLength, WhiteSpaceAroundDoesNotCountTowardsTheLength)
@@ -482,4 +544,53 @@ TEST(Iec61131ConvertLength, WhiteSpaceAroundDoesNotCountTowardsTheLength)
     std::string pad(100000, ' ');
     EXPECT_EQ(U(pad + "42" + pad), 42ul);
     EXPECT_EQ(B(pad + "true" + std::string(100000, '\t')), true);
+}
+
+TEST(Iec61131ConvertLength, AMegabyteLiteralNeedsLittleStack)
+{
+    // The matcher does not recurse: a literal of a million digits converts on a thread with 256 KiB
+    // of stack (room for the sanitizers' larger frames, and still far less than a recursive engine
+    // takes per thousand characters).
+    struct Job {
+        std::string text;
+        unsigned long value = 0;
+        bool accepted = false;
+    } job{"uint#" + std::string(1000000, '0') + "9", 0, false};
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    pthread_t thread;
+    auto run = [](void* argument) -> void* {
+        auto* work = static_cast<Job*>(argument);
+        Zon::String value(work->text);
+        work->accepted = Convert::TryParse(value, work->value);
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &job), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+    EXPECT_TRUE(job.accepted);
+    EXPECT_EQ(job.value, 9ul);
+}
+
+TEST(Iec61131ConvertLength, ConversionAllocatesNothing)
+{
+    // Only a floating-point number with separators longer than the buffer on the stack is copied
+    // to the heap; none of these is.
+    const std::vector<Zon::String> texts = {Zon::String("  udint#16#FF "), Zon::String("-1_234"), Zon::String("bool#TRUE"),
+                                            Zon::String("lreal#-1.5e3"), Zon::String(std::string(3000, '7')),
+                                            Zon::String("1_0.2_5e1_0"), Zon::String("2#" + std::string(3000, '1')),
+                                            Zon::String(std::string(3000, '3') + ".5e-10")};
+    VarnixTest::ResourceCounter counter;
+    for (const auto& text : texts) {
+        unsigned long u = 0;
+        long s = 0;
+        bool b = false;
+        double d = 0;
+        static_cast<void>(Convert::TryParse(text, u));
+        static_cast<void>(Convert::TryParse(text, s));
+        static_cast<void>(Convert::TryParse(text, b));
+        static_cast<void>(Convert::TryParse(text, d));
+    }
+    EXPECT_EQ(counter.Allocations(), 0u);
 }
