@@ -8,6 +8,8 @@
 
 #include <fmt/format.h>
 
+#include "VarnixBase/Sim/HtmlReport.hpp"
+
 namespace VarnixBase::Sim {
 
 namespace {
@@ -380,6 +382,8 @@ bool TryParseTraceFormat(const std::string& text, TraceFormat& format)
         format = TraceFormat::Jsonl;
     } else if (text == "vcd") {
         format = TraceFormat::Vcd;
+    } else if (text == "html") {
+        format = TraceFormat::Html;
     } else {
         return false;
     }
@@ -393,6 +397,7 @@ std::unique_ptr<TraceWriter> MakeTraceWriter(TraceFormat format, std::ostream& o
     case TraceFormat::Csv: return std::make_unique<CsvWriter>(out);
     case TraceFormat::Jsonl: return std::make_unique<JsonlWriter>(out);
     case TraceFormat::Vcd: return std::make_unique<VcdWriter>(out);
+    case TraceFormat::Html: return MakeHtmlTraceWriter(out);
     }
     return nullptr;
 }

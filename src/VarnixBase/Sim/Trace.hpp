@@ -43,9 +43,9 @@ public:
     virtual void End() = 0;
 };
 
-enum class TraceFormat { Table, Csv, Jsonl, Vcd };
+enum class TraceFormat { Table, Csv, Jsonl, Vcd, Html };
 
-/// "table", "csv", "jsonl", "vcd"; false for anything else.
+/// "table", "csv", "jsonl", "vcd", "html"; false for anything else.
 bool TryParseTraceFormat(const std::string& text, TraceFormat& format);
 
 /// A writer of `format` on `out`, which must outlive the writer.
