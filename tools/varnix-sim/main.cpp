@@ -16,6 +16,7 @@
 
 #include "VarnixBase/Sim/Check.hpp"
 #include "VarnixBase/Sim/Graph.hpp"
+#include "VarnixBase/Sim/HtmlReport.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"
 #include "Schema.hpp"
 #include "VarnixSimBuildInfo.hpp"
@@ -62,7 +63,7 @@ TraceFormat FormatFor(const std::string& format, const std::string& traceFile)
     TraceFormat result = TraceFormat::Table;
     if (!format.empty()) {
         if (!TryParseTraceFormat(format, result)) {
-            throw UsageError(fmt::format("--format {}: expected table, csv, jsonl or vcd", format));
+            throw UsageError(fmt::format("--format {}: expected table, csv, jsonl, vcd or html", format));
         }
         return result;
     }
@@ -78,6 +79,9 @@ TraceFormat FormatFor(const std::string& format, const std::string& traceFile)
     }
     if (endsWith(".vcd")) {
         return TraceFormat::Vcd;
+    }
+    if (endsWith(".html") || endsWith(".htm")) {
+        return TraceFormat::Html;
     }
     return TraceFormat::Table;
 }
@@ -141,16 +145,30 @@ int Run(const RunArguments& arguments)
         throw UsageError("--no-trace and --trace exclude each other");
     }
     std::unique_ptr<TraceWriter> writer;
-    if (!arguments.noTrace) {
+    // A page also shows the program's graph, the stimuli and the summary, which a trace writer
+    // does not see: it is recorded here and written after the run.
+    std::unique_ptr<HtmlReport> page;
+    RunRecording* recording = nullptr;
+    if (!arguments.noTrace && FormatFor(arguments.format, arguments.trace) == TraceFormat::Html) {
+        page = std::make_unique<HtmlReport>(
+            HtmlReportInfo{simulation.GetType(), arguments.document, arguments.instance, cycleTime});
+        page->SetProgram(simulation.GetProgramOutline());
+        recording = &page->AddRun();
+        recording->AddStimuli(stimuli);
+    } else if (!arguments.noTrace) {
         writer = MakeTraceWriter(FormatFor(arguments.format, arguments.trace), *out);
     }
     Simulation::RunOptions run;
     run.cycles = arguments.cycles;
     run.cycleTime = cycleTime;
-    run.trace = writer.get();
+    run.trace = recording != nullptr ? recording : writer.get();
     run.profile = arguments.profile;
     run.progress = ::isatty(STDERR_FILENO) != 0 ? &std::cerr : nullptr;
     auto summary = simulation.Run(run);
+    if (page) {
+        recording->SetSummary(summary);
+        page->Write(*out);
+    }
     std::ostringstream text;
     WriteSummary(text, summary);
     std::cerr << text.str();
@@ -264,7 +282,7 @@ int main(int argc, char** argv)
     run->add_option("--set", runArguments.sets, "PORT=LITERAL[@CYCLE]: write a value before a cycle (default 1)");
     run->add_option("--stimulus", runArguments.stimulus, "CSV file: cycle,PORT,... with values to write");
     run->add_option("--trace", runArguments.trace, "Write the trace to this file instead of standard output");
-    run->add_option("--format", runArguments.format, "table, csv, jsonl or vcd (default: by --trace's ending, else table)");
+    run->add_option("--format", runArguments.format, "table, csv, jsonl, vcd or html (default: by --trace's ending, else table); html: a self-contained page with a plot of every port, its quality, the program's graph and the summary");
     run->add_option("--log-level", runArguments.logLevel, "error, warning, info, debug or trace (default warning)");
     run->add_flag("--real-time", runArguments.realTime, "Run at the real pace on the real clock");
     run->add_flag("--profile", runArguments.profile, "Time every executable: minimum, mean, maximum");
