@@ -78,3 +78,26 @@ varnix_sim_test(BadCycleTime RC 2 ARGS "run|examples/tank/TankProgram.prog.confi
 varnix_sim_test(BadStimulusFile RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--stimulus|none.csv"
   STDERR_REGEX "none.csv: cannot open the stimulus file" STDERR_LINES 1)
 varnix_sim_test(GraphSvgOrClearMessage RC 0 ARGS "graph|examples/tank/TankProgram.prog.config|--output|${CMAKE_CURRENT_BINARY_DIR}/tank.svg")
+
+# The HTML report: to standard output with --format html, and the tank example's page against the
+# golden outline of its structure, with Graphviz's dot and without, then in headless Chromium
+# (scripts/setup --browser installs it; the test is skipped with a message where it is missing).
+varnix_sim_test(HtmlToStandardOutput RC 0 ARGS "run|examples/tank/TankProgram.prog.config|--cycles|3|--format|html"
+  STDOUT_REGEX "^<!DOCTYPE html>\n.*<section id=\"graph\">.*<svg class=\"plot\".*</body></html>\n$")
+varnix_sim_test(HtmlInRunHelp RC 0 ARGS "run|--help" STDOUT_REGEX "vcd or html .*html: a self-contained page")
+varnix_sim_test(UnknownFormat RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--format|pdf"
+  STDERR_REGEX "--format pdf: expected table, csv, jsonl, vcd or html" STDERR_LINES 1)
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_Interpreter_FOUND)
+  set(html_check ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/html_report.py)
+  add_test(NAME VarnixSimCli.TankHtmlReportOutline
+    COMMAND ${html_check} outline $<TARGET_FILE:varnix-sim> ${PROJECT_SOURCE_DIR} ${docs}/tank-report.outline)
+  add_test(NAME VarnixSimCli.TankHtmlReportOutlineWithoutDot
+    COMMAND ${html_check} outline $<TARGET_FILE:varnix-sim> ${PROJECT_SOURCE_DIR} ${docs}/tank-report.outline --no-dot)
+  add_test(NAME VarnixSimCli.TankHtmlReportInBrowser
+    COMMAND ${html_check} browser $<TARGET_FILE:varnix-sim> ${PROJECT_SOURCE_DIR})
+  set_tests_properties(VarnixSimCli.TankHtmlReportOutline VarnixSimCli.TankHtmlReportOutlineWithoutDot PROPERTIES TIMEOUT 180)
+  set_tests_properties(VarnixSimCli.TankHtmlReportInBrowser PROPERTIES TIMEOUT 400 SKIP_RETURN_CODE 77)
+else()
+  message(WARNING "python3 not found: the HTML report's outline and browser tests are left out (scripts/setup installs it)")
+endif()
