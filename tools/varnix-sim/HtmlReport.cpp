@@ -126,12 +126,12 @@ struct HtmlReport::Impl {
             std::string plotted = run.CyclesPerBin() == 1
                                       ? std::string("every cycle")
                                       : fmt::format("minimum and maximum of {} cycles per bin", run.CyclesPerBin());
-            out += fmt::format("<tr><td>{}</td><td class=\"n\">{}</td><td class=\"n\">{}</td><td class=\"n\">{:g} ms</td>"
+            out += fmt::format("<tr><td>{}</td><td class=\"n\">{}</td><td class=\"n\">{}</td><td class=\"n\">{} ms</td>"
                                "<td class=\"n\">{}</td><td class=\"n\">{}</td><td class=\"n\">{}</td>",
                                EscapeXml(RunName(r)), cycles,
                                info.cycleTime.count() > 0 ? fmt::format("{:g} ms", static_cast<double>(info.cycleTime.count()) / 1000)
                                                           : std::string("-"),
-                               span, run.Columns().size(), summary ? std::to_string(summary->connectors) : "-",
+                               FormatMilliseconds(span), run.Columns().size(), summary ? std::to_string(summary->connectors) : "-",
                                run.Stimuli().size());
             if (summary) {
                 out += fmt::format("<td class=\"n\">{:.3f} s</td><td class=\"n\">{:.3f} \u00b5s</td>", summary->wallSeconds,

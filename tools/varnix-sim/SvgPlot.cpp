@@ -12,7 +12,7 @@ namespace {
 
 constexpr double Left = 80;
 constexpr double Width = PlotLaneWidth;
-constexpr double Right = 20;
+constexpr double Right = 40;
 constexpr double MarkTop = 2;    // stimulus and failure marks
 constexpr double LaneTop = 14;   // value lane
 constexpr double NumberLaneHeight = 90;
@@ -303,8 +303,8 @@ private:
             double x = X(tick);
             out += fmt::format("<line class=\"tick\" x1=\"{0}\" y1=\"{1}\" x2=\"{0}\" y2=\"{2}\"/>", Number(x), top, top + 4);
             out += fmt::format("<text class=\"xlabel\" x=\"{}\" y=\"{}\">{}</text>", Number(x), top + 13, tick);
-            out += fmt::format("<text class=\"xlabel\" x=\"{}\" y=\"{}\">{:g}</text>", Number(x), top + 27,
-                               run.MillisecondsAt(tick));
+            out += fmt::format("<text class=\"xlabel\" x=\"{}\" y=\"{}\">{}</text>", Number(x), top + 27,
+                               FormatMilliseconds(run.MillisecondsAt(tick)));
         }
     }
 
@@ -380,6 +380,11 @@ private:
 };
 
 } // namespace
+
+std::string FormatMilliseconds(double milliseconds)
+{
+    return std::abs(milliseconds) >= 100000 ? fmt::format("{:.0f}", milliseconds) : fmt::format("{:g}", milliseconds);
+}
 
 std::string EscapeXml(const std::string& text)
 {

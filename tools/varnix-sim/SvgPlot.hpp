@@ -11,6 +11,10 @@ namespace VarnixSim {
 /// other than tab and line feed dropped.
 std::string EscapeXml(const std::string& text);
 
+/// Milliseconds for a reader: up to six significant digits, whole numbers from 100000 on (never
+/// in exponent form).
+std::string FormatMilliseconds(double milliseconds);
+
 /// Plots taken this wide (in SVG units, one per pixel at zoom 1); the value lane is this many
 /// units wide, so that one plot column is one pixel.
 inline constexpr int PlotLaneWidth = 1000;

@@ -209,6 +209,14 @@ TEST(SvgPlot, LabelsTheAxisInCyclesAndMilliseconds)
     EXPECT_TRUE(std::regex_search(raw, std::regex(">10</text><text class=\"xlabel\" x=\"[0-9.]+\" y=\"[0-9.]+\">90</text>")));
 }
 
+TEST(SvgPlot, WritesMillisecondsWithoutExponents)
+{
+    EXPECT_EQ(FormatMilliseconds(0), "0");
+    EXPECT_EQ(FormatMilliseconds(0.5), "0.5");
+    EXPECT_EQ(FormatMilliseconds(99999.5), "99999.5");
+    EXPECT_EQ(FormatMilliseconds(1999990), "1999990");
+}
+
 TEST(SvgPlot, MarksStimuliAndFailedExpectationsAtTheirCycles)
 {
     RunRecording run;
