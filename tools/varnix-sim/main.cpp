@@ -168,6 +168,9 @@ int Run(const RunArguments& arguments)
     if (page) {
         recording->SetSummary(summary);
         page->Write(*out);
+        if (!*out) {
+            throw UsageError(fmt::format("--trace {}: cannot write the page (is the disk full?)", arguments.trace));
+        }
     }
     std::ostringstream text;
     WriteSummary(text, summary);

@@ -87,6 +87,10 @@ varnix_sim_test(HtmlToStandardOutput RC 0 ARGS "run|examples/tank/TankProgram.pr
 varnix_sim_test(HtmlInRunHelp RC 0 ARGS "run|--help" STDOUT_REGEX "vcd or html .*html: a self-contained page")
 varnix_sim_test(UnknownFormat RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--format|pdf"
   STDERR_REGEX "--format pdf: expected table, csv, jsonl, vcd or html" STDERR_LINES 1)
+if(EXISTS /dev/full)
+  varnix_sim_test(HtmlOnAFullDisk RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--format|html|--trace|/dev/full"
+    STDERR_REGEX "^varnix-sim: --trace /dev/full: cannot write the page" STDERR_LINES 1)
+endif()
 find_package(Python3 COMPONENTS Interpreter)
 if(Python3_Interpreter_FOUND)
   set(html_check ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/html_report.py)
