@@ -6,12 +6,12 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "GraphSvg.hpp"
-#include "HtmlReport.hpp"
-#include "RunRecording.hpp"
-#include "SvgPlot.hpp"
+#include "VarnixBase/Sim/GraphSvg.hpp"
+#include "VarnixBase/Sim/HtmlReport.hpp"
+#include "VarnixBase/Sim/RunRecording.hpp"
+#include "VarnixBase/Sim/SvgPlot.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 
 namespace {
 

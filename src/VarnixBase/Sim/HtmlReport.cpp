@@ -1,11 +1,11 @@
-#include "HtmlReport.hpp"
+#include "VarnixBase/Sim/HtmlReport.hpp"
 
 #include <fmt/format.h>
 
-#include "GraphSvg.hpp"
-#include "SvgPlot.hpp"
+#include "VarnixBase/Sim/GraphSvg.hpp"
+#include "VarnixBase/Sim/SvgPlot.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -340,4 +340,4 @@ std::unique_ptr<TraceWriter> MakeHtmlTraceWriter(std::ostream& out)
     return std::make_unique<HtmlTraceWriter>(out);
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -1,4 +1,4 @@
-#include "GraphSvg.hpp"
+#include "VarnixBase/Sim/GraphSvg.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,10 +12,10 @@
 
 #include <fmt/format.h>
 
-#include "Graph.hpp"
-#include "SvgPlot.hpp"
+#include "VarnixBase/Sim/Graph.hpp"
+#include "VarnixBase/Sim/SvgPlot.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -248,4 +248,4 @@ std::string GraphSvg(const OutlineProgram& program)
     return svg.empty() ? PlainGraphSvg(program) : svg;
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

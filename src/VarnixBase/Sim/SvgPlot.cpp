@@ -1,4 +1,4 @@
-#include "SvgPlot.hpp"
+#include "VarnixBase/Sim/SvgPlot.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -411,4 +411,4 @@ std::string PlotPort(const RunRecording& run, std::size_t column)
     return Plot(run, column).Render();
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

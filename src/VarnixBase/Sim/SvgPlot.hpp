@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <string>
 
-#include "RunRecording.hpp"
+#include "VarnixBase/Sim/RunRecording.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// Text for XML and HTML content and attribute values: & < > " ' as entities, control characters
 /// other than tab and line feed dropped.
@@ -26,4 +26,4 @@ inline constexpr int PlotLaneWidth = 1000;
 /// expectations about it marked at their cycles, and a time axis in cycles and milliseconds.
 std::string PlotPort(const RunRecording& run, std::size_t column);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "Outline.hpp"
-#include "RunRecording.hpp"
-#include "Trace.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
+#include "VarnixBase/Sim/RunRecording.hpp"
+#include "VarnixBase/Sim/Trace.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 struct HtmlReportInfo {
     /// The page's heading, usually the program type.
@@ -55,4 +55,4 @@ private:
 /// without the program's graph and summary that `HtmlReport` adds when given them.
 std::unique_ptr<TraceWriter> MakeHtmlTraceWriter(std::ostream& out);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

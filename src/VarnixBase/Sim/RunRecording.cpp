@@ -1,10 +1,10 @@
-#include "RunRecording.hpp"
+#include "VarnixBase/Sim/RunRecording.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 namespace {
 
@@ -239,4 +239,4 @@ void RunRecording::SetVerdict(const Verdict& runVerdict)
     verdict = runVerdict;
 }
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "Simulation.hpp"
-#include "Stimulus.hpp"
-#include "Trace.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
+#include "VarnixBase/Sim/Stimulus.hpp"
+#include "VarnixBase/Sim/Trace.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// A failed expectation of a scenario: what a port should have held after a cycle, and what it held.
 struct ExpectationFailure {
@@ -119,4 +119,4 @@ private:
     std::optional<Verdict> verdict;
 };
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim

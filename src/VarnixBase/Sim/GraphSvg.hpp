@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "Outline.hpp"
+#include "VarnixBase/Sim/Outline.hpp"
 
-namespace VarnixSim {
+namespace VarnixBase::Sim {
 
 /// The program's graph (ports by kind, connectors with their type and value types, quality bindings
 /// dashed) as an SVG element to put inline in a page, laid out by Graphviz's `dot`. Empty when `dot`
@@ -18,4 +18,4 @@ std::string PlainGraphSvg(const OutlineProgram& program);
 /// `DotGraphSvg` where it gives a drawing, else `PlainGraphSvg`.
 std::string GraphSvg(const OutlineProgram& program);
 
-} // namespace VarnixSim
+} // namespace VarnixBase::Sim
