@@ -1,5 +1,6 @@
 // varnix-sim: plays the controller for a configurable program on a PC.
 //   varnix-sim run DOCUMENT      build the program and run task cycles, tracing its ports
+//   varnix-sim test DOCUMENT SCENARIO...  run scenarios and check their expectations
 //   varnix-sim check DOCUMENT    build the program and report every problem with its line, and
 //                                every deviation from the document schema
 //   varnix-sim graph DOCUMENT    draw the program as a Graphviz graph
@@ -17,6 +18,7 @@
 #include "VarnixBase/Sim/Check.hpp"
 #include "VarnixBase/Sim/Graph.hpp"
 #include "VarnixBase/Sim/HtmlReport.hpp"
+#include "VarnixBase/Sim/Scenario.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"
 #include "Schema.hpp"
 #include "VarnixSimBuildInfo.hpp"
@@ -178,6 +180,68 @@ int Run(const RunArguments& arguments)
     return ExitValid;
 }
 
+struct TestArguments {
+    std::string document;
+    std::vector<std::string> scenarios;
+    std::string type;
+    std::string junit;
+    std::uint64_t cycles = 0;
+};
+
+/// Every scenario is read and checked against the program before any runs, so that a bad one
+/// stops everything with its file and line; then each runs from a fresh start of the program.
+int Test(const TestArguments& arguments)
+{
+    std::vector<Scenario> scenarios;
+    for (const auto& file : arguments.scenarios) {
+        scenarios.push_back(LoadScenario(file));
+    }
+    ScenarioOptions scenarioOptions;
+    scenarioOptions.cycles = arguments.cycles;
+    SimulationOptions options;
+    options.document = arguments.document;
+    options.type = arguments.type;
+    {
+        Simulation simulation(options);
+        for (const auto& scenario : scenarios) {
+            CheckScenario(simulation, scenario, scenarioOptions);
+        }
+    }
+    // The library's warnings were shown by the first build; the fresh builds would repeat them.
+    options.consoleLevel.reset();
+
+    std::ofstream junit;
+    if (!arguments.junit.empty()) {
+        junit.open(arguments.junit, std::ios::binary | std::ios::trunc);
+        if (!junit) {
+            throw UsageError(fmt::format("--junit {}: cannot write the file", arguments.junit));
+        }
+    }
+    std::vector<ScenarioResult> results;
+    std::size_t expectations = 0, failed = 0, failedScenarios = 0;
+    for (const auto& scenario : scenarios) {
+        Simulation simulation(options);
+        results.push_back(RunScenario(simulation, scenario, scenarioOptions));
+        WriteFailures(std::cout, results.back());
+        expectations += results.back().expectations;
+        failed += results.back().failures.size();
+        failedScenarios += results.back().Passed() ? 0 : 1;
+    }
+    std::cout << fmt::format("{} scenario{}, {} expectation{}: {} passed, {} failed; {}\n", scenarios.size(),
+                             scenarios.size() == 1 ? "" : "s", expectations, expectations == 1 ? "" : "s",
+                             expectations - failed, failed,
+                             failedScenarios == 0 ? std::string("PASSED")
+                                                  : fmt::format("FAILED ({} of {} scenarios)", failedScenarios,
+                                                                scenarios.size()));
+    if (junit.is_open()) {
+        WriteJUnit(junit, results);
+        if (!junit.flush()) {
+            throw UsageError(fmt::format("--junit {}: cannot write the file", arguments.junit));
+        }
+    }
+    return failedScenarios == 0 ? ExitValid : ExitProblems;
+}
+
 int Check(const std::string& document, const std::string& type)
 {
     SimulationOptions options;
@@ -283,7 +347,8 @@ int main(int argc, char** argv)
     run->add_option("--cycles", runArguments.cycles, "Task cycles to run (default 20)");
     run->add_option("--cycle-time", runArguments.cycleTime, "Cycle time, such as 10ms, 500us, 1s (default 10ms)");
     run->add_option("--set", runArguments.sets, "PORT=LITERAL[@CYCLE]: write a value before a cycle (default 1)");
-    run->add_option("--stimulus", runArguments.stimulus, "CSV file: cycle,PORT,... with values to write");
+    run->add_option("--stimulus", runArguments.stimulus,
+                    "CSV file: cycle,PORT,... with values to write (a scenario's expect columns are ignored)");
     run->add_option("--trace", runArguments.trace, "Write the trace to this file instead of standard output");
     run->add_option("--format", runArguments.format, "table, csv, jsonl, vcd or html (default: by --trace's ending, else table); html: a self-contained page with a plot of every port, its quality, the program's graph and the summary");
     run->add_option("--log-level", runArguments.logLevel, "error, warning, info, debug or trace (default warning)");
@@ -291,6 +356,28 @@ int main(int argc, char** argv)
     run->add_flag("--profile", runArguments.profile, "Time every executable: minimum, mean, maximum");
     run->add_flag("--force", runArguments.force, "Run even when quality providers form a cycle");
     run->add_flag("--no-trace", runArguments.noTrace, "Run without a trace (for long runs); only the summary");
+
+    TestArguments testArguments;
+    auto* test = app.add_subcommand(
+        "test", "Run each SCENARIO on a fresh start of the program from DOCUMENT and check its expectations");
+    test->footer(
+        "A scenario is a stimulus file with expectation columns beside the stimuli:\n"
+        "  cycle,raw,expect level,expect level.quality,expect level.time,expect display\n"
+        "  1,0,0,Good,T#0ms,0\n"
+        "  3,2500,25~0.001,Good,,25\n"
+        "  9,16#8001,,Bad Overrange,,\n"
+        "Stimuli are written before their cycle, expectations are checked after it; empty cells do\n"
+        "nothing. Values are IEC 61131-3 literals (texts for string ports), VALUE~TOL allows an absolute\n"
+        "tolerance; qualities are written as the trace writes them; time stamps as T#... since the start\n"
+        "or microseconds since 1970. Cycles rise from line to line, each once.\n"
+        "Prints FILE:LINE: cycle N: PORT: expected X, got Y for each failed expectation and a summary.\n"
+        "Exit status: 0 all passed, 1 an expectation failed, 2 usage or file error (nothing is run).");
+    test->add_option("document", testArguments.document, "The .prog.config")->required();
+    test->add_option("scenario", testArguments.scenarios, "Scenario files (CSV)")->required();
+    test->add_option("--type", testArguments.type, "Program type (needed when the document has several)");
+    test->add_option("--junit", testArguments.junit, "Write the verdicts as JUnit XML to this file");
+    test->add_option("--cycles", testArguments.cycles,
+                     "Task cycles to run (default: up to each scenario's last cycle)");
 
     std::string checkDocument, checkType;
     auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line, and each deviation from the document schema as a warning");
@@ -324,6 +411,9 @@ int main(int argc, char** argv)
     try {
         if (*run) {
             return Run(runArguments);
+        }
+        if (*test) {
+            return Test(testArguments);
         }
         if (*check) {
             return Check(checkDocument, checkType);

@@ -56,6 +56,43 @@ TraceColumn ColumnFor(const std::string& name)
 }
 
 template <class T>
+bool AsNumber(const T& value, long double& number)
+{
+    if constexpr (std::is_arithmetic_v<T>) {
+        number = static_cast<long double>(value);
+        return true;
+    } else if constexpr (std::is_enum_v<T>) {
+        number = static_cast<long double>(static_cast<std::underlying_type_t<T>>(value));
+        return true;
+    } else {
+        (void)value;
+        (void)number;
+        return false;
+    }
+}
+
+/// The probe's number and quality readers for a port of class `P`.
+template <class P>
+void AddCheckReaders(const std::shared_ptr<P>& port, PortProbe& probe, bool withQuality)
+{
+    std::weak_ptr<P> weak = port;
+    probe.number = [weak](long double& number) {
+        auto locked = weak.lock();
+        return locked && AsNumber(locked->GetValue(), number);
+    };
+    if (withQuality) {
+        probe.quality = [weak](Quality& quality) {
+            auto locked = weak.lock();
+            if (!locked) {
+                return false;
+            }
+            quality = locked->GetQuality();
+            return true;
+        };
+    }
+}
+
+template <class T>
 bool TryPlainAndQualified(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp, PortProbe& probe)
 {
     if (auto plain = std::dynamic_pointer_cast<Port<T>>(port)) {
@@ -66,6 +103,7 @@ bool TryPlainAndQualified(const std::shared_ptr<IPort>& port, const std::int64_t
                 sample.value = ValueText(locked->GetValue());
             }
         };
+        AddCheckReaders(plain, probe, false);
         return true;
     }
     if (auto qualified = std::dynamic_pointer_cast<QualifiedPort<T>>(port)) {
@@ -80,6 +118,7 @@ bool TryPlainAndQualified(const std::shared_ptr<IPort>& port, const std::int64_t
                 sample.timestamp = timestamp != nullptr ? *timestamp : 0;
             }
         };
+        AddCheckReaders(qualified, probe, true);
         return true;
     }
     return false;
@@ -197,6 +236,7 @@ PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* time
                 sample.quality = QualityText(locked->GetQuality());
             }
         };
+        AddCheckReaders(analog, probe, true);
         return probe;
     }
     if (auto device = std::dynamic_pointer_cast<PnDeviceStatePort>(port)) {
@@ -209,6 +249,7 @@ PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* time
                 sample.quality = QualityText(locked->GetQuality());
             }
         };
+        AddCheckReaders(device, probe, true);
         return probe;
     }
     if (TryPlainAndQualified<bool>(port, timestamp, probe) || TryPlainAndQualified<signed char>(port, timestamp, probe) ||
@@ -231,6 +272,14 @@ PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* time
             sample.value.assign(1, '?');
             sample.quality = QualityText(locked->GetQuality());
         }
+    };
+    probe.quality = [weak](Quality& quality) {
+        auto locked = weak.lock();
+        if (!locked) {
+            return false;
+        }
+        quality = locked->GetQuality();
+        return true;
     };
     return probe;
 }

@@ -16,6 +16,11 @@ namespace VarnixBase::Sim {
 struct PortProbe {
     TraceColumn column;
     std::function<void(TraceSample&)> read;
+    /// For checks that must not format text: the value as a number (false for text ports and ports
+    /// the simulator does not know; `long double` holds every 64-bit integer exactly), and the quality
+    /// (false for ports without one). Both are false once the port is gone.
+    std::function<bool(long double&)> number;
+    std::function<bool(VarnixBase::Core::QualitySystem::Quality&)> quality;
 };
 
 /// A probe for any port the library's factory makes. A port of a class the simulator does not know

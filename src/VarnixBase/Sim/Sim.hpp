@@ -12,6 +12,7 @@
 #include "VarnixBase/Sim/Outline.hpp"
 #include "VarnixBase/Sim/Probe.hpp"
 #include "VarnixBase/Sim/RunRecording.hpp"
+#include "VarnixBase/Sim/Scenario.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"
 #include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Sim/SvgPlot.hpp"

@@ -106,6 +106,8 @@ struct Simulation::Impl {
     std::size_t nextStimulus = 0;
     /// Cycles run so far.
     std::uint64_t cycle = 0;
+    /// The controller time of the first cycle.
+    std::int64_t start = 0;
 
     ~Impl()
     {
@@ -154,6 +156,21 @@ struct Simulation::Impl {
         return MakeProbe(port, timestamp);
     }
 
+    /// The stimulus resolved to its variable, its literal tried on a scratch copy of the variable's
+    /// memory, so that a bad one stops the run before its first cycle.
+    PreparedStimulus Prepare(const StimulusEntry& entry) const
+    {
+        auto variable = Resolve(PortPath(FindPort(entry.port, entry.origin)));
+        alignas(16) unsigned char scratch[4096] = {};
+        if (variable.address != nullptr) {
+            std::memcpy(scratch, variable.address, 4); // a fixed string's capacity and length
+        }
+        auto trial = variable;
+        trial.address = variable.address != nullptr ? scratch : nullptr;
+        WriteLiteral(trial, entry.literal, entry.origin);
+        return {entry.cycle, variable, entry.literal, entry.origin};
+    }
+
     bool StimulusDue(std::uint64_t number) const
     {
         return nextStimulus < stimuli.size() && stimuli[nextStimulus].cycle <= number;
@@ -194,6 +211,7 @@ Simulation::Simulation(const SimulationOptions& options) : impl(std::make_unique
     } else {
         Zon::Host::Clock::UseVirtual(Zon::DateTime::FromUnixTimeMicroseconds(VirtualStartMicroseconds));
     }
+    impl->start = Zon::DateTime::Now().ToUnixTimeMicroseconds();
 
     // The document goes where the library reads a program type's configuration.
     Zon::String directory = Zon::System::Commons::Io::Path::Combine(VarnixBase::Core::Info::GetDataDirectory(),
@@ -271,19 +289,17 @@ std::vector<std::string> Simulation::ConnectorTypes()
     return pairs;
 }
 
+void Simulation::CheckStimuli(const std::vector<StimulusEntry>& entries) const
+{
+    for (const auto& entry : entries) {
+        impl->Prepare(entry);
+    }
+}
+
 void Simulation::AddStimuli(const std::vector<StimulusEntry>& entries)
 {
     for (const auto& entry : entries) {
-        auto port = impl->FindPort(entry.port, entry.origin);
-        auto variable = impl->Resolve(impl->PortPath(port));
-        // Check the literal now on a scratch copy of the variable's memory, so that a bad one stops
-        // the run before its first cycle.
-        alignas(16) unsigned char scratch[4096] = {};
-        std::memcpy(scratch, variable.address, 4); // a fixed string's capacity and length
-        auto trial = variable;
-        trial.address = scratch;
-        WriteLiteral(trial, entry.literal, entry.origin);
-        impl->stimuli.push_back({entry.cycle, variable, entry.literal, entry.origin});
+        impl->stimuli.push_back(impl->Prepare(entry));
     }
     std::stable_sort(impl->stimuli.begin(), impl->stimuli.end(),
                      [](const auto& a, const auto& b) { return a.cycle < b.cycle; });
@@ -319,6 +335,16 @@ void Simulation::Step(std::uint64_t cycles)
             Zon::Host::Clock::Advance(impl->options.cycleTime);
         }
     }
+}
+
+PortProbe Simulation::GetProbe(const std::string& port, const std::string& origin) const
+{
+    return impl->Probe(impl->FindPort(port, origin));
+}
+
+std::int64_t Simulation::GetStartMicroseconds() const noexcept
+{
+    return impl->start;
 }
 
 std::uint64_t Simulation::GetCycle() const noexcept
@@ -382,8 +408,7 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
     // that cost lands inside what it measures. So without a trace, real time or profiling, a span
     // stays open from cycle to cycle, and closes only for a stimulus, a progress line and the end;
     // its time then also holds the step of the virtual clock, a few nanoseconds per cycle.
-    const bool timeEachCycle = options.trace != nullptr || impl->options.realTime || options.profile ||
-                               options.beforeCycle || options.afterCycle;
+    const bool timeEachCycle = options.trace != nullptr || impl->options.realTime || options.profile;
     bool spanOpen = false;
     Clock::time_point spanStart;
     auto closeSpan = [&] {

@@ -78,6 +78,8 @@ public:
     /// Stimuli to apply during `Run`; each is resolved and checked now (port name, literal), so that
     /// a bad one fails before the first cycle with `UsageError`.
     void AddStimuli(const std::vector<StimulusEntry>& entries);
+    /// Checks stimuli as `AddStimuli` does, without keeping them.
+    void CheckStimuli(const std::vector<StimulusEntry>& entries) const;
 
     /// Writes `literal` into the published memory of the port named `port` now, as the controller
     /// writes it between cycles (an IEC 61131-3 literal, or the text for a string port). Throws
@@ -93,6 +95,11 @@ public:
     std::uint64_t GetCycle() const noexcept;
     /// The names of the program's ports, in the program's order.
     std::vector<std::string> GetPortNames() const;
+    /// A probe of the port named `port` (with its published time stamp, when it has one). Throws
+    /// `UsageError` starting with `origin` for an unknown port.
+    PortProbe GetProbe(const std::string& port, const std::string& origin) const;
+    /// The controller time of the first cycle, in microseconds since the Unix epoch.
+    std::int64_t GetStartMicroseconds() const noexcept;
 
     struct RunOptions {
         std::uint64_t cycles = 20;
@@ -104,7 +111,7 @@ public:
         /// Where a progress line goes for long runs (a terminal); none when null.
         std::ostream* progress = nullptr;
         /// Called with the cycle's number before its stimuli are written, and after its `Execute`
-        /// and trace; none when empty. A cycle with a call is timed on its own (see `Run`).
+        /// and trace; none when empty. Their time counts into the program's time of the summary.
         std::function<void(std::uint64_t cycle)> beforeCycle;
         std::function<void(std::uint64_t cycle)> afterCycle;
     };

@@ -105,3 +105,53 @@ if(Python3_Interpreter_FOUND)
 else()
   message(WARNING "python3 not found: the HTML report's outline and browser tests are left out (scripts/setup installs it)")
 endif()
+
+# test: scenarios with expectations. Each example's scenario passes (examples with a CMake project
+# of their own bring port types the simulator does not have; their tests run their scenarios).
+file(GLOB example_scenarios CONFIGURE_DEPENDS "${examples}/*/*.scenario.csv")
+foreach(scenario ${example_scenarios})
+  get_filename_component(dir "${scenario}" DIRECTORY)
+  get_filename_component(example "${dir}" NAME)
+  file(GLOB document RELATIVE "${PROJECT_SOURCE_DIR}" "${dir}/*.prog.config")
+  file(RELATIVE_PATH relative "${PROJECT_SOURCE_DIR}" "${scenario}")
+  if(NOT EXISTS "${dir}/CMakeLists.txt")
+    varnix_sim_test(Scenario.${example} RC 0 ARGS "test|${document}|${relative}"
+      STDOUT_REGEX "^1 scenario, [0-9]+ expectations: [0-9]+ passed, 0 failed; PASSED\n$" STDERR_LINES 0)
+  endif()
+endforeach()
+set(tank "examples/tank/TankProgram.prog.config")
+set(failing "tests/tools/varnix-sim/documents/tank.failing.scenario.csv")
+varnix_sim_test(ScenarioFailuresNameLineCycleColumnExpectedAndActual RC 1
+  ARGS "test|${tank}|${failing}|examples/tank/tank.scenario.csv"
+  STDOUT_REGEX "^${failing}:5: cycle 3: level: expected 25.5~0.1, got 25\n${failing}:6: cycle 9: level.quality: expected Bad Overrange, got Good\n${failing}:6: cycle 9: level.time: expected T#90ms, got T#80ms\n2 scenarios, 41 expectations: 38 passed, 3 failed; FAILED \\(1 of 2 scenarios\\)\n$")
+varnix_sim_test(ScenarioAsStimulusFileIgnoresExpectations RC 0
+  ARGS "run|${tank}|--stimulus|examples/tank/tank.scenario.csv"
+  STDOUT ${examples}/tank/tank.golden.txt)
+# Scenario errors: file and line, status 2, nothing run (no summary).
+foreach(case "unknown-port:2: the program has no port 'levle'"
+              "bad-literal:3: \"expect display\": 'twenty-five' is not a value of port 'display' \\(16-bit signed integer\\)"
+              "out-of-order:4: cycle 3 is out of order: it follows cycle 5; cycles must rise from line to line"
+              "twice:3: cycle 1 appears a second time \\(first on line 2\\); a cycle may appear once"
+              "bad-quality:3: \"expect level.quality\": 'Bad Overrun' is not a quality: expected a state")
+  string(FIND "${case}" ":" colon)
+  string(SUBSTRING "${case}" 0 ${colon} name)
+  string(SUBSTRING "${case}" ${colon} -1 message)
+  varnix_sim_test(ScenarioError.${name} RC 2
+    ARGS "test|${tank}|examples/tank/tank.scenario.csv|tests/tools/varnix-sim/documents/${name}.scenario.csv"
+    STDOUT_REGEX "^$" STDERR_REGEX "^varnix-sim: tests/tools/varnix-sim/documents/${name}.scenario.csv${message}" STDERR_LINES 1)
+endforeach()
+varnix_sim_test(ScenarioBeyondCycles RC 2 ARGS "test|${tank}|examples/tank/tank.scenario.csv|--cycles|10"
+  STDOUT_REGEX "^$" STDERR_REGEX "tank.scenario.csv:13: cycle 20 lies beyond the 10 cycles to run; run at least 20" STDERR_LINES 1)
+varnix_sim_test(ScenarioMissingFile RC 2 ARGS "test|${tank}|none.scenario.csv"
+  STDERR_REGEX "^varnix-sim: none.scenario.csv: cannot open the scenario\n$" STDERR_LINES 1)
+varnix_sim_test(TestHelpShowsTheScenarioFormat RC 0 ARGS "test|--help"
+  STDOUT_REGEX "cycle,raw,expect level,expect level.quality.*Exit status: 0 all passed, 1 an expectation failed, 2")
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_Interpreter_FOUND)
+  add_test(NAME VarnixSimCli.JUnitReport
+    COMMAND ${Python3_EXECUTABLE} ${CMAKE_CURRENT_LIST_DIR}/JUnitReport.py $<TARGET_FILE:varnix-sim>
+            ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_BINARY_DIR}/junit-report)
+  set_tests_properties(VarnixSimCli.JUnitReport PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
+else()
+  message(WARNING "python3 not found: the JUnit report test is not run (apt-get install python3)")
+endif()

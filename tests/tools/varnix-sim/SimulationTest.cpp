@@ -9,29 +9,12 @@
 #include "VarnixBase/Sim/Simulation.hpp"
 #include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
+#include "TankDocument.hpp"
 #include "support/HostFixture.hpp"
 
 using namespace VarnixBase::Sim;
 
 namespace {
-
-const char* const Tank = R"(<?xml version="1.0"?>
-<ConfigurableProgram>
-  <Program type="Tank">
-    <Ports>
-      <Port name="raw" type="AnalogIn"/>
-      <Port name="level" type="qualified.float64"/>
-      <Port name="display" type="int16"/>
-    </Ports>
-    <Connectors>
-      <Connector startPort="raw" endPort="level" type="scale">
-        <Parameter name="gain" value="0.01"/>
-      </Connector>
-      <Connector startPort="level" endPort="display" type="copy"/>
-    </Connectors>
-  </Program>
-</ConfigurableProgram>
-)";
 
 template <class T>
 T Published(const std::string& path)
@@ -49,7 +32,7 @@ protected:
     SimulationOptions Options()
     {
         SimulationOptions options;
-        options.document = dir.WriteFile("Tank.prog.config", Tank).string();
+        options.document = dir.WriteFile("Tank.prog.config", VarnixSimTest::TankDocument).string();
         options.consoleLevel.reset();
         return options;
     }
@@ -109,7 +92,7 @@ TEST_F(SimulationTest, SetAndReadRefuseAnUnknownPortAndABadLiteral)
     EXPECT_THROW(simulation.Set("nosuch", "1"), UsageError);
     EXPECT_THROW(simulation.Set("display", "3.5"), UsageError);
     EXPECT_THROW(simulation.Read("nosuch"), UsageError);
-    EXPECT_EQ(simulation.GetPortNames(), (std::vector<std::string>{"raw", "level", "display"}));
+    EXPECT_EQ(simulation.GetPortNames(), (std::vector<std::string>{"raw", "level", "display", "label"}));
 }
 
 TEST_F(SimulationTest, StimuliAndRunsContinueTheCyclesThatStepRan)
