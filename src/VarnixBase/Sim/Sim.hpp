@@ -9,6 +9,7 @@
 #include "VarnixBase/Sim/Inject.hpp"
 #include "VarnixBase/Sim/Outline.hpp"
 #include "VarnixBase/Sim/Probe.hpp"
+#include "VarnixBase/Sim/RealTimePacer.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"
 #include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Sim/Trace.hpp"
