@@ -21,6 +21,8 @@ struct RealTimeReport {
     std::uint64_t overruns = 0;
     double minimum = 0, mean = 0, maximum = 0; ///< lateness of cycle starts, microseconds
     std::array<std::uint64_t, BucketBounds.size() + 1> histogram{};
+    /// The cycle thread's real-time priority (`SCHED_FIFO`), 0 when the system refused it.
+    int priority = 0;
 };
 
 /// Writes the report's lines for the run's summary: overruns, lateness min/mean/max, histogram.
@@ -30,12 +32,21 @@ void WriteRealTimeReport(std::ostream& out, const RealTimeReport& report);
 /// start + k * cycle time, and the wait sleeps until that instant (`clock_nanosleep` with
 /// `TIMER_ABSTIME`), so that the time one cycle takes never shifts the ones after it. A cycle that
 /// is due already starts at once; a late schedule is caught up, never skipped.
+/// The constructing thread asks for a real-time priority (`SCHED_FIFO`, `Priority`), as a
+/// controller's task runs, so that other work on the machine delays its cycles less; without the
+/// privilege it runs at its normal priority and the report says so.
 /// Nothing here allocates after construction, except appending to the optional sample list.
 class RealTimePacer {
 public:
     /// `samples`, when not null, receives the lateness of every cycle start in microseconds
     /// (reserve it beforehand to keep the loop free of allocations).
     explicit RealTimePacer(std::chrono::microseconds cycleTime, std::vector<double>* samples = nullptr);
+    /// Gives the thread its former scheduling back.
+    ~RealTimePacer();
+    RealTimePacer(const RealTimePacer&) = delete;
+    RealTimePacer& operator=(const RealTimePacer&) = delete;
+
+    static constexpr int Priority = 40;
 
     /// Sleeps until the next cycle is due and records how late it starts.
     void WaitForNextCycle();
@@ -51,6 +62,8 @@ private:
     std::vector<double>* samples;
     timespec start{};
     double sum = 0;
+    int formerPolicy = 0;
+    int formerPriority = 0;
 };
 
 } // namespace VarnixBase::Sim
