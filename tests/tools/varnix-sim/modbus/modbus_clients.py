@@ -230,7 +230,7 @@ def types_pymodbus(args):
                 count = int(items["in_" + port_type]["count"])
                 for value in samples:
                     registers = to_registers(fmt, value)
-                    registers = registers[-count:] if count == 1 else registers
+                    check(len(registers) == count, f"{port_type} takes {count} registers in the map")
                     if order == "little":
                         registers = registers[::-1]
                     response = client.write_registers(write_at, registers, slave=1)
@@ -240,9 +240,7 @@ def types_pymodbus(args):
                         back = read_input(client, read_at, count)
                         if order == "little":
                             back = back[::-1]
-                        if count == 1:
-                            back = [(back[0])]
-                        got = registers_to(fmt if count > 1 else fmt, back)
+                        got = registers_to(fmt, back)
                         return got == value or (fmt == "f" and abs(got - value) <= abs(value) * 1e-7)
 
                     wait_for(arrived, f"{port_type} {value} through the copy connector ({order} word order)")
