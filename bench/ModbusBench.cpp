@@ -24,11 +24,12 @@
 #include <modbus/modbus.h>
 
 #include "ModbusServer.hpp"
-#include "Simulation.hpp"
+#include "VarnixBase/Sim/Simulation.hpp"
 
 namespace {
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
+namespace Modbus = VarnixSim::Modbus;
 using Clock = std::chrono::steady_clock;
 
 constexpr int Registers = 125;
@@ -119,7 +120,8 @@ void BM_ModbusReads125(benchmark::State& state)
             Simulation::RunOptions run;
             run.cycles = 0;
             run.cycleTime = std::chrono::microseconds(1000);
-            run.observer = &server;
+            run.beforeCycle = [&server](std::uint64_t) { server.BeforeCycle(); };
+            run.afterCycle = [&server](std::uint64_t) { server.AfterCycle(); };
             run.stop = &stop;
             run.lateness = &lateness;
             summary = simulation.Run(run);
