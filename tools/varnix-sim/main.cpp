@@ -4,7 +4,10 @@
 //   varnix-sim check DOCUMENT    build the program and report every problem with its line, and
 //                                every deviation from the document schema
 //   varnix-sim graph DOCUMENT    draw the program as a Graphviz graph
+//   varnix-sim map DOCUMENT      print the Modbus address map of the program's ports
 //   varnix-sim types             list the registered port types and connector type pairs
+#include <atomic>
+#include <csignal>
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -15,6 +18,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "ModbusCommand.hpp"
 #include "VarnixBase/Sim/Check.hpp"
 #include "VarnixBase/Sim/Graph.hpp"
 #include "VarnixBase/Sim/HtmlReport.hpp"
@@ -27,6 +31,7 @@
 
 using namespace VarnixBase::Sim;
 using namespace VarnixSimCli;
+namespace Modbus = VarnixSim::Modbus;
 using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 
 namespace {
@@ -34,6 +39,14 @@ namespace {
 constexpr int ExitValid = 0;
 constexpr int ExitProblems = 1;
 constexpr int ExitUsage = 2;
+
+/// Set by SIGINT and SIGTERM: the run ends after the current cycle and prints its summary.
+std::atomic<bool> stopRequested{false};
+
+void RequestStop(int)
+{
+    stopRequested.store(true, std::memory_order_relaxed);
+}
 
 std::chrono::microseconds ParseDuration(const std::string& text)
 {
@@ -103,6 +116,7 @@ struct RunArguments {
     bool profile = false;
     bool force = false;
     bool noTrace = false;
+    Modbus::ServeArguments modbus;
 };
 
 int Run(const RunArguments& arguments)
@@ -133,6 +147,10 @@ int Run(const RunArguments& arguments)
         }
     }
     simulation.AddStimuli(stimuli);
+    std::unique_ptr<Modbus::ServedRun> served;
+    if (!arguments.modbus.endpoint.empty()) {
+        served = std::make_unique<Modbus::ServedRun>(simulation, arguments.modbus);
+    }
 
     std::ofstream file;
     std::ostream* out = &std::cout;
@@ -166,6 +184,18 @@ int Run(const RunArguments& arguments)
     run.trace = recording != nullptr ? recording : writer.get();
     run.profile = arguments.profile;
     run.progress = ::isatty(STDERR_FILENO) != 0 ? &std::cerr : nullptr;
+    if (arguments.cycles == 0 || served) {
+        struct sigaction action {};
+        action.sa_handler = RequestStop;
+        sigemptyset(&action.sa_mask);
+        ::sigaction(SIGINT, &action, nullptr);
+        ::sigaction(SIGTERM, &action, nullptr);
+        run.stop = &stopRequested;
+    }
+    if (served) {
+        served->Start(std::cerr);
+        served->Attach(run);
+    }
     auto summary = simulation.Run(run);
     if (page) {
         recording->SetSummary(summary);
@@ -176,6 +206,9 @@ int Run(const RunArguments& arguments)
     }
     std::ostringstream text;
     WriteSummary(text, summary);
+    if (served) {
+        served->Finish(text);
+    }
     std::cerr << text.str();
     return ExitValid;
 }
@@ -313,6 +346,17 @@ int Graph(const std::string& document, const std::string& type, const std::strin
     return ExitValid;
 }
 
+int Map(const std::string& document, const std::string& type, const std::string& format)
+{
+    SimulationOptions options;
+    options.document = document;
+    options.type = type;
+    options.consoleLevel.reset();
+    Simulation simulation(options);
+    Modbus::PrintMap(simulation, format, std::cout, std::cerr);
+    return ExitValid;
+}
+
 int Types()
 {
     Zon::Host::RuntimeOptions options;
@@ -344,7 +388,7 @@ int main(int argc, char** argv)
     run->add_option("document", runArguments.document, "The .prog.config")->required();
     run->add_option("--type", runArguments.type, "Program type (needed when the document has several)");
     run->add_option("--instance", runArguments.instance, "Instance path COMPONENT/PROGRAM (default App/Main)");
-    run->add_option("--cycles", runArguments.cycles, "Task cycles to run (default 20)");
+    run->add_option("--cycles", runArguments.cycles, "Task cycles to run (default 20; 0: until Ctrl-C or SIGTERM)");
     run->add_option("--cycle-time", runArguments.cycleTime, "Cycle time, such as 10ms, 500us, 1s (default 10ms)");
     run->add_option("--set", runArguments.sets, "PORT=LITERAL[@CYCLE]: write a value before a cycle (default 1)");
     run->add_option("--stimulus", runArguments.stimulus,
@@ -352,10 +396,23 @@ int main(int argc, char** argv)
     run->add_option("--trace", runArguments.trace, "Write the trace to this file instead of standard output");
     run->add_option("--format", runArguments.format, "table, csv, jsonl, vcd or html (default: by --trace's ending, else table); html: a self-contained page with a plot of every port, its quality, the program's graph and the summary");
     run->add_option("--log-level", runArguments.logLevel, "error, warning, info, debug or trace (default warning)");
-    run->add_flag("--real-time", runArguments.realTime, "Run at the real pace on the real clock");
+    run->add_flag("--real-time", runArguments.realTime,
+                  "Run cycles on absolute deadlines of the real clock; the summary adds overruns and lateness");
     run->add_flag("--profile", runArguments.profile, "Time every executable: minimum, mean, maximum");
     run->add_flag("--force", runArguments.force, "Run even when quality providers form a cycle");
     run->add_flag("--no-trace", runArguments.noTrace, "Run without a trace (for long runs); only the summary");
+    run->add_option("--modbus", runArguments.modbus.endpoint,
+                    "[HOST:]PORT: serve the ports to Modbus TCP clients while running (HOST default 127.0.0.1, "
+                    "PORT 0: any free one)");
+    run->add_option("--unit-id", runArguments.modbus.unitId, "Modbus unit id to answer as, 1 to 255 (default 1)");
+    run->add_option("--word-order", runArguments.modbus.wordOrder,
+                    "big or little: the order of the registers of 32- and 64-bit values (default big)");
+
+    std::string mapDocument, mapType, mapFormat = "table";
+    auto* map = app.add_subcommand("map", "Print the Modbus address map of the ports of DOCUMENT, without running");
+    map->add_option("document", mapDocument, "The .prog.config")->required();
+    map->add_option("--type", mapType, "Program type (needed when the document has several)");
+    map->add_option("--format", mapFormat, "table or csv (default table)");
 
     TestArguments testArguments;
     auto* test = app.add_subcommand(
@@ -420,6 +477,9 @@ int main(int argc, char** argv)
         }
         if (*graph) {
             return Graph(graphDocument, graphType, graphOutput);
+        }
+        if (*map) {
+            return Map(mapDocument, mapType, mapFormat);
         }
         if (*types) {
             return Types();

@@ -11,6 +11,7 @@
 #include "VarnixBase/Sim/Inject.hpp"
 #include "VarnixBase/Sim/Outline.hpp"
 #include "VarnixBase/Sim/Probe.hpp"
+#include "VarnixBase/Sim/RealTimePacer.hpp"
 #include "VarnixBase/Sim/RunRecording.hpp"
 #include "VarnixBase/Sim/Scenario.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"

@@ -246,6 +246,17 @@ const OutlineProgram& Simulation::GetProgramOutline() const noexcept
     return impl->program;
 }
 
+const std::string& Simulation::GetInstance() const noexcept
+{
+    return impl->options.instance;
+}
+
+std::vector<std::shared_ptr<IPort>> Simulation::GetPorts() const
+{
+    const auto& ports = impl->hosted->GetProgram().GetPortProvider().GetPorts();
+    return {ports.begin(), ports.end()};
+}
+
 std::size_t Simulation::GetPortCount() const
 {
     return impl->hosted->GetProgram().GetPortProvider().Count();
@@ -417,8 +428,20 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
             spanOpen = false;
         }
     };
+    std::optional<RealTimePacer> pacer;
+    if (impl->options.realTime) {
+        pacer.emplace(options.cycleTime, options.lateness);
+    }
+    const bool endless = options.cycles == 0;
     const std::uint64_t first = impl->cycle + 1;
-    for (std::uint64_t step = 1; step <= options.cycles; ++step) {
+    std::uint64_t step = 1;
+    for (; endless || step <= options.cycles; ++step) {
+        if (options.stop != nullptr && options.stop->load(std::memory_order_relaxed)) {
+            break;
+        }
+        if (pacer) {
+            pacer->WaitForNextCycle();
+        }
         const std::uint64_t cycle = first + step - 1;
         impl->cycle = cycle;
         if (options.beforeCycle) {
@@ -458,8 +481,8 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
         if (options.afterCycle) {
             options.afterCycle(cycle);
         }
-        if (impl->options.realTime) {
-            std::this_thread::sleep_until(started + options.cycleTime * step);
+        if (pacer) {
+            pacer->EndOfCycle();
         } else {
             Zon::Host::Clock::Advance(options.cycleTime);
         }
@@ -468,8 +491,9 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
             closeSpan();
             auto now = Clock::now();
             if (now - lastProgress > std::chrono::milliseconds(200) && now - started > std::chrono::seconds(1)) {
-                *options.progress << fmt::format("\rcycle {}/{} ({}%)", step, options.cycles,
-                                                 step * 100 / options.cycles)
+                *options.progress << (endless ? fmt::format("\rcycle {}", step)
+                                              : fmt::format("\rcycle {}/{} ({}%)", step, options.cycles,
+                                                            step * 100 / options.cycles))
                                   << std::flush;
                 lastProgress = now;
                 progressShown = true;
@@ -484,12 +508,16 @@ Simulation::Summary Simulation::Run(const RunOptions& options)
         options.trace->End();
     }
 
+    const std::uint64_t ran = step - 1;
     Summary summary;
-    summary.cycles = options.cycles;
+    summary.cycles = ran;
     summary.ports = GetPortCount();
     summary.connectors = GetConnectorCount();
     summary.wallSeconds = std::chrono::duration<double>(Clock::now() - started).count();
-    summary.meanCycleMicroseconds = options.cycles > 0 ? executeSeconds * 1e6 / static_cast<double>(options.cycles) : 0;
+    summary.meanCycleMicroseconds = ran > 0 ? executeSeconds * 1e6 / static_cast<double>(ran) : 0;
+    if (pacer) {
+        summary.realTime = pacer->Report();
+    }
     for (auto& entry : timed) {
         if (entry.timing.count > 0) {
             entry.timing.mean /= static_cast<double>(entry.timing.count);
@@ -506,6 +534,9 @@ void WriteSummary(std::ostream& out, const Simulation::Summary& summary)
     out << fmt::format("{} cycles, {} ports, {} connectors, {:.3f} s wall time, {:.3f} us per cycle (program)\n",
                        summary.cycles, summary.ports, summary.connectors, summary.wallSeconds,
                        summary.meanCycleMicroseconds);
+    if (summary.realTime) {
+        WriteRealTimeReport(out, *summary.realTime);
+    }
     if (!summary.timings.empty()) {
         std::size_t width = 10;
         for (const auto& timing : summary.timings) {

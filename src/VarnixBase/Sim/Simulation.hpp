@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -11,6 +12,7 @@
 
 #include "VarnixBase/Sim/Outline.hpp"
 #include "VarnixBase/Sim/Probe.hpp"
+#include "VarnixBase/Sim/RealTimePacer.hpp"
 #include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Sim/Trace.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/LogLevel.hpp"
@@ -65,6 +67,10 @@ public:
     const DocumentOutline& GetOutline() const noexcept;
     /// The outline of the simulated program type (all its `Program` entries merged).
     const OutlineProgram& GetProgramOutline() const noexcept;
+    /// The instance path "COMPONENT/PROGRAM"; a port's variable is this, ".", its name.
+    const std::string& GetInstance() const noexcept;
+    /// The program's ports in the order of the document.
+    std::vector<std::shared_ptr<VarnixBase::Core::PortSystem::IPort>> GetPorts() const;
     std::size_t GetPortCount() const;
     std::size_t GetConnectorCount() const;
     /// Everything the library logged so far, in order.
@@ -102,6 +108,7 @@ public:
     std::int64_t GetStartMicroseconds() const noexcept;
 
     struct RunOptions {
+        /// 0: until `stop` is set.
         std::uint64_t cycles = 20;
         std::chrono::microseconds cycleTime{10000};
         /// Receives the trace after every cycle; none when null.
@@ -114,6 +121,10 @@ public:
         /// and trace; none when empty. Their time counts into the program's time of the summary.
         std::function<void(std::uint64_t cycle)> beforeCycle;
         std::function<void(std::uint64_t cycle)> afterCycle;
+        /// Looked at before every cycle: the run ends when it is set (a signal handler sets it).
+        const std::atomic<bool>* stop = nullptr;
+        /// In real time, receives the lateness of every cycle start in microseconds; none when null.
+        std::vector<double>* lateness = nullptr;
     };
 
     struct ExecutableTiming {
@@ -129,6 +140,8 @@ public:
         double wallSeconds = 0;
         double meanCycleMicroseconds = 0;
         std::vector<ExecutableTiming> timings;
+        /// In real time: overruns and the lateness of cycle starts.
+        std::optional<RealTimeReport> realTime;
     };
 
     /// Runs `options.cycles` task cycles after those already run, numbered on from `GetCycle()`.

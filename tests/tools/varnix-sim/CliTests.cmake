@@ -155,3 +155,14 @@ if(Python3_Interpreter_FOUND)
 else()
   message(WARNING "python3 not found: the JUnit report test is not run (apt-get install python3)")
 endif()
+
+# map, and run --modbus with clients
+varnix_sim_test(MapTank RC 0 ARGS "map|examples/tank/TankProgram.prog.config"
+  STDOUT ${examples}/tank/tank.golden.map)
+varnix_sim_test(MapBadFormat RC 2 ARGS "map|examples/tank/TankProgram.prog.config|--format|xml"
+  STDERR_REGEX "^varnix-sim: --format xml: expected table or csv\n$" STDERR_LINES 1)
+varnix_sim_test(ModbusBadEndpoint RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--modbus|127.0.0.1:port"
+  STDERR_REGEX "^varnix-sim: --modbus 127.0.0.1:port: expected \\[HOST:\\]PORT" STDERR_LINES 1)
+varnix_sim_test(RealTimeSummary RC 0 ARGS "run|examples/tank/TankProgram.prog.config|--cycles|20|--cycle-time|1ms|--real-time|--no-trace"
+  STDERR_REGEX "^20 cycles, .*\nreal time: 20 cycles of 1000 us, [0-9]+ overruns; lateness of cycle starts: min [0-9.]+ us, mean [0-9.]+ us, max [0-9.]+ us\ncycles ran at [a-z-]+ priority[^\n]*\nlateness +cycles\n  0-10 us +[0-9]+\n")
+include(${CMAKE_CURRENT_LIST_DIR}/modbus/ModbusTests.cmake)
