@@ -22,6 +22,9 @@ elseif(VARNIX_SANITIZE)
   target_compile_options(varnix_build_flags INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(varnix_build_flags INTERFACE -fsanitize=address,undefined)
+elseif(VARNIX_SANITIZE_THREAD)
+  target_compile_options(varnix_build_flags INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(varnix_build_flags INTERFACE -fsanitize=thread)
 endif()
 install(TARGETS varnix_build_flags EXPORT VarnixBaseTargets COMPONENT development)
 

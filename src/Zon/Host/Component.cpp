@@ -3,7 +3,7 @@
 #include <list>
 #include <utility>
 
-#include "Zon/Enumerator.hpp"
+#include "Zon/IEnumerator.hpp"
 #include "Zon/System/Commons/ArgumentException.hpp"
 
 namespace Zon::Host {
@@ -11,6 +11,36 @@ namespace Zon::Host {
 using Plc::Commons::Meta::DataInfo;
 using Plc::Commons::Meta::DataTag;
 using Plc::Commons::Meta::TypeInfo;
+
+namespace {
+
+/// The root variables in order of declaration. Past the end, the current element is the empty
+/// record, as every meta data browser answers a name it does not know.
+class RootEnumerator : public IEnumerator<const DataInfo&> {
+public:
+    using Iterator = std::list<DataInfo>::const_iterator;
+
+    RootEnumerator(Iterator begin, Iterator end) : current(begin), end(end) {}
+
+    bool MoveNext() override
+    {
+        if (beforeFirst) {
+            beforeFirst = false;
+        } else if (current != end) {
+            ++current;
+        }
+        return current != end;
+    }
+
+    const DataInfo& GetCurrent() override { return current != end ? *current : DataInfo::Empty; }
+
+private:
+    Iterator current;
+    Iterator end;
+    bool beforeFirst = true;
+};
+
+} // namespace
 
 struct Component::Impl {
     Impl(String name, TypeLibrary& library) : name(std::move(name)), library(library) {}
@@ -77,9 +107,7 @@ Plc::Commons::Meta::IDataInfoProvider& Component::GetDataInfoProvider(bool /*rel
 
 IEnumerator<const DataInfo&>::Ptr Component::GetRootEnumerator()
 {
-    using Iterator = std::list<DataInfo>::const_iterator;
-    return std::make_shared<Enumerator<const DataInfo&>::StlAdapter<Iterator>>(impl->variables.cbegin(),
-                                                                                impl->variables.cend());
+    return std::make_shared<RootEnumerator>(impl->variables.cbegin(), impl->variables.cend());
 }
 
 TypeLibrary& Component::GetTypeLibrary() const

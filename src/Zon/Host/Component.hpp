@@ -75,7 +75,8 @@ public:
     Plc::Commons::Meta::IDataInfoProvider& GetDataInfoProvider(bool reload) override;
     /// The root variables in order of declaration. A variable declared while an enumeration runs
     /// appears in it if the enumeration has not ended; one removed must not be the current one.
-    /// Past the end, `GetCurrent()` throws `Zon::Exception`.
+    /// Past the end, `GetCurrent()` gives `DataInfo::Empty`: an unknown root is answered with the
+    /// empty record.
     IEnumerator<const Plc::Commons::Meta::DataInfo&>::Ptr GetRootEnumerator() override;
 
     /// The type library the variables are typed with.

@@ -1,6 +1,8 @@
 #include "Zon/Host/PortPublisher.hpp"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -33,6 +35,38 @@ bool SameKind(DataType described, DataType published)
     return described == published || (IsUserCode(described) && IsUserCode(published));
 }
 
+/// The type name of one element: an array's common type name without its extents ("int [2][3]"
+/// gives "int"); any other name as it is.
+String ElementTypeName(const DynamicPortsBuilder::Entry& entry)
+{
+    const std::string& name = entry.typeName.ToStdString();
+    if (entry.arrayDimensions.empty()) {
+        return entry.typeName;
+    }
+    std::size_t end = name.size();
+    while (end > 0 && name[end - 1] == ']') {
+        std::size_t open = name.rfind('[', end - 1);
+        if (open == std::string::npos) {
+            break;
+        }
+        end = open;
+    }
+    while (end > 0 && name[end - 1] == ' ') {
+        --end;
+    }
+    return end == 0 ? entry.typeName : String(name.substr(0, end));
+}
+
+/// The size of one element: the whole size shared out over the elements of every dimension.
+std::size_t ElementSize(const DynamicPortsBuilder::Entry& entry)
+{
+    std::size_t count = 1;
+    for (std::uint32_t extent : entry.arrayDimensions) {
+        count *= extent;
+    }
+    return count == 0 ? entry.size : entry.size / count;
+}
+
 struct Publication {
     String component;
     String root;
@@ -49,10 +83,15 @@ struct PortPublisher::Impl {
     std::map<String, std::unique_ptr<Component>> components;
     std::map<String, Publication> publications;
 
-    /// The description of the memory one entry points at.
+    /// The description of the memory one entry points at. For an array, that is its element type
+    /// with the array's dimensions: the walk of a path steps from element to element by the size
+    /// of the type, so the size is the element's, and the name is the element type's, by which
+    /// connectors are matched.
     TypeInfo DescribeEntry(const DynamicPortsBuilder::Entry& entry) const
     {
-        TypeInfo type = library.GetTypeInfo(entry.typeName);
+        const String typeName = ElementTypeName(entry);
+        const std::size_t elementSize = ElementSize(entry);
+        TypeInfo type = library.GetTypeInfo(typeName);
         DataType base = entry.dataType & BaseMask;
         if (type.dataType == 0) {
             if (base == 0 || base > 64) {
@@ -61,8 +100,8 @@ struct PortPublisher::Impl {
             }
             // A base type or a fixed string of a capacity nobody registered: the code says it all.
             type.dataType = entry.dataType;
-            type.typeIdentifier = TypeIdentifier(String(library.GetNamespaceName()), entry.typeName);
-            type.size = entry.size;
+            type.typeIdentifier = TypeIdentifier(String(library.GetNamespaceName()), typeName);
+            type.size = elementSize;
             type.alignment = entry.alignment;
         } else if (!SameKind(type.dataType & BaseMask, base)) {
             throw ArgumentException("Port `{0}` is published with data type code {1}, but the type library describes "

@@ -103,18 +103,22 @@ TEST_F(ComponentTest, RootEnumeratorGivesTheVariablesInOrderOfDeclaration)
     EXPECT_FALSE(roots->MoveNext());
 }
 
-TEST_F(ComponentTest, ExhaustedRootEnumeratorRefusesGetCurrent)
+TEST_F(ComponentTest, ExhaustedRootEnumeratorAnswersTheEmptyRecord)
 {
     int value = 0;
     component.AddVariable("value", value);
     auto roots = component.GetRootEnumerator();
     ASSERT_TRUE(roots->MoveNext());
     ASSERT_FALSE(roots->MoveNext());
-    EXPECT_THROW(roots->GetCurrent(), Zon::Exception);
+    EXPECT_EQ(&roots->GetCurrent(), &DataInfo::Empty);
+    EXPECT_FALSE(roots->MoveNext());
+    EXPECT_EQ(&roots->GetCurrent(), &DataInfo::Empty);
     Component none("None", library);
     auto empty = none.GetRootEnumerator();
     EXPECT_FALSE(empty->MoveNext());
-    EXPECT_THROW(empty->GetCurrent(), Zon::Exception);
+    EXPECT_EQ(&empty->GetCurrent(), &DataInfo::Empty);
+    EXPECT_EQ(empty->GetCurrent().dataType, 0u);
+    EXPECT_EQ(empty->GetCurrent().address, nullptr);
 }
 
 TEST_F(ComponentTest, RefusesANameTwiceAndUndescribedTypes)

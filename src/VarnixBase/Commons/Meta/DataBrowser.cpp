@@ -290,7 +290,11 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
             GetLogger().Error("Child type info is empty");
             throw ArgumentException("Invalid variable path: Child type info is empty");
         }
-        if (elementOffset + elementSize > ElementLimitFactor * elementSize) {
+        // Behind a pointer member lies exactly what it declares (one value, or its dimensions'
+        // elements), so an element past that end is refused as one past the limit is.
+        const bool pastPointedTo = (child.dataType & DataTypePointerBit) != 0 &&
+                                   !IsInsideDeclaredArray(child.GetArrayDimensions(), elementOffset, elementSize);
+        if (elementOffset + elementSize > ElementLimitFactor * elementSize || pastPointedTo) {
             throw IndexOutOfRangeException("Port {0}/{1} out of range", parent.name,
                                            String(remainder.substr(0, digits.size() + 1)));
         }

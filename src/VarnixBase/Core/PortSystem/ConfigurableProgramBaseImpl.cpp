@@ -11,6 +11,7 @@
 #include "Zon/System/Commons/Io/FileSystemInfo.hpp"
 #include "Zon/System/Commons/Io/Path.hpp"
 #include "VarnixBase/Core/Info/Info.hpp"
+#include "VarnixBase/Core/PortSystem/ConnectorBaseImpl.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
 
 namespace VarnixBase::Core::PortSystem {
@@ -87,6 +88,15 @@ ConfigurableProgramBaseImpl::~ConfigurableProgramBaseImpl()
 {
     // A failed look-up cannot leave a destructor: it ends the process.
     GetDomainProxy().PortsPublished -= Zon::make_delegate(this, &ConfigurableProgramBaseImpl::InitializeConnectors);
+    // Connectors and ports hold each other as quality providers (a connector its start port, the
+    // end port its connector), so connectors in opposite directions between the same ports would
+    // keep each other alive, as would any circle of providers that passes a connector. Nothing
+    // of the program may outlive it: its connectors let go of their providers here.
+    for (const auto& executable : impl->executables) {
+        if (auto* connector = dynamic_cast<ConnectorBaseImpl*>(executable.get())) {
+            connector->ReleaseQualityProviders();
+        }
+    }
 }
 
 void ConfigurableProgramBaseImpl::UpdateConfiguration()

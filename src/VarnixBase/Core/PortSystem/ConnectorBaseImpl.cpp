@@ -46,6 +46,11 @@ const QualitySystem::QualityProviderList& ConnectorBaseImpl::GetQualityProviders
     return impl->qualityProviders;
 }
 
+void ConnectorBaseImpl::ReleaseQualityProviders() noexcept
+{
+    impl->qualityProviders.clear();
+}
+
 void ConnectorBaseImpl::CheckDataAddress(const void* address, const String& variablePath) const
 {
     if (address == nullptr) {

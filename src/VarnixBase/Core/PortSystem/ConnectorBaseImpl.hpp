@@ -31,6 +31,11 @@ public:
     void AddQualityProvider(std::shared_ptr<QualitySystem::IQualityProvider> provider) override;
     const QualitySystem::QualityProviderList& GetQualityProviders() const override;
 
+    /// Lets go of every quality provider. The program calls it for its connectors when it goes:
+    /// a connector holds its start port, the end port holds the connector, so two connectors in
+    /// opposite directions between the same ports would otherwise keep each other alive for ever.
+    void ReleaseQualityProviders() noexcept;
+
 protected:
     /// Refuses a data handle that resolved to no address: throws
     /// `Zon::System::Commons::InvalidOperationException` "Connector `{0}`: variable `{1}` has no

@@ -222,13 +222,24 @@ TEST_F(VariablePathTest, FurtherSlashesBelongToTheRoot)
     EXPECT_EQ(info.address, &letters.c);
 }
 
-TEST_F(VariablePathTest, UnknownRootGivesWhatTheExhaustedEnumeratorGives)
+TEST_F(VariablePathTest, UnknownRootGivesWhatTheExhaustedEnumeratorGivesTheEmptyRecord)
 {
+    // The host component's exhausted enumerator answers with the empty record: the root alone
+    // is that record, and a walk below it finds no member and no address.
+    DataInfo root = Browser().GetDataInfo("Comp/Nosuch");
+    EXPECT_EQ(root.name, DataInfo::Empty.name);
+    EXPECT_EQ(root.dataType, 0u);
+    EXPECT_EQ(root.address, nullptr);
+    DataInfo member = Browser().GetDataInfo("Comp/Nosuch.d");
+    EXPECT_EQ(member.name, "d");
+    EXPECT_EQ(member.dataType, 0u);
+    EXPECT_EQ(member.address, nullptr);
+    // An index on it ends in the walk's own message for a member without type.
     try {
-        Browser().GetDataInfo("Comp/Nosuch.d");
+        Browser().GetDataInfo("Comp/Nosuch.d[1]");
         FAIL() << "no exception";
-    } catch (const Zon::Exception& exception) {
-        EXPECT_STREQ(exception.what(), "IEnumerator::GetCurrent() has no current element");
+    } catch (const Zon::System::Commons::ArgumentException& exception) {
+        EXPECT_STREQ(exception.what(), "Invalid variable path: Child type info is empty");
     }
 }
 

@@ -396,6 +396,30 @@ TEST_F(CommandTest, ExecuteLeavesNoDescriptorAndNoChildBehind)
     EXPECT_TRUE(VarnixTest::ChildProcesses().empty());
 }
 
+TEST_F(CommandTest, ManyShortTimeLimitsLeaveNoDescriptorAndNoChildBehind)
+{
+    // Limits from 0 to 3 ms end the command thread at every stage of a start: before the pipes,
+    // between them and the fork, while the parent closes the child's ends, while it reads.
+    std::set<int> descriptorsBefore = VarnixTest::OpenDescriptors();
+    Command command;
+    int timeouts = 0;
+    int completed = 0;
+    for (int i = 0; i < 260; ++i) {
+        const auto limit = std::chrono::microseconds(250 * (i % 13));
+        try {
+            command.Execute("printf x", std::chrono::duration_cast<std::chrono::milliseconds>(limit));
+            ++completed;
+        } catch (const std::runtime_error& error) {
+            EXPECT_STREQ(error.what(), "Timeout");
+            ++timeouts;
+        }
+        ASSERT_EQ(VarnixTest::OpenDescriptors(), descriptorsBefore) << "after run " << i;
+    }
+    EXPECT_EQ(timeouts + completed, 260);
+    EXPECT_GT(timeouts, 0);
+    EXPECT_TRUE(VarnixTest::ChildProcesses().empty());
+}
+
 TEST_F(CommandTest, NothingIsWrittenToTheCommandLog)
 {
     Command command;

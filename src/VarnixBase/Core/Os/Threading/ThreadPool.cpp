@@ -39,8 +39,14 @@ ThreadPool::ThreadPool(std::size_t threadCount, const ThreadSettings& settings)
 
 ThreadPool::~ThreadPool()
 {
-    stop.store(true, std::memory_order_relaxed);
-    jobsCondition.notify_all();
+    {
+        // Under the mutex: a worker is either before its test of `stop`, and sees it, or waiting,
+        // and is woken. Without it, a worker between its test and its wait misses the wake-up and
+        // the join below waits for ever.
+        std::lock_guard<std::mutex> lock(jobsMutex);
+        stop.store(true, std::memory_order_relaxed);
+        jobsCondition.notify_all();
+    }
     for (const auto& thread : threads) {
         if (thread->IsJoinable()) {
             thread->Join();

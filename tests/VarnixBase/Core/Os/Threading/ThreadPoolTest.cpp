@@ -413,3 +413,39 @@ TEST_F(ThreadPoolTest, TheDestructorLeavesNoWorkerBehind)
     EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
     EXPECT_EQ(Capture().Count(LogLevel::Trace, "Joining thread 'worker'"), 3u);
 }
+
+// A worker that has just tested the stop mark and not yet begun to wait must not miss the
+// destructor's wake-up: the destructor sets the mark and wakes the workers under the pool's mutex.
+// A missed wake-up leaves the destructor joining for ever, which CTest's time limit turns into a
+// failure of these tests.
+TEST_F(ThreadPoolTest, ThousandPoolsDestroyedRightAfterConstructionAllEnd)
+{
+    std::size_t threadsBefore = VarnixTest::CountThreads();
+    for (int i = 0; i < 1000; ++i) {
+        ThreadPool pool(2, 0, 0, 0);
+    }
+    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(Capture().Count(LogLevel::Trace, "Joining thread 'worker'"), 2000u);
+}
+
+TEST_F(ThreadPoolTest, ThreeHundredPoolsDestroyedWithAJobInFlightAllEndAfterTheirJob)
+{
+    std::size_t threadsBefore = VarnixTest::CountThreads();
+    int finished = 0;
+    for (int i = 0; i < 300; ++i) {
+        std::atomic<bool> started{false};
+        std::atomic<bool> done{false};
+        {
+            ThreadPool pool(2, 0, 0, 0);
+            pool.Enqueue([&] {
+                started = true;
+                std::this_thread::sleep_for(std::chrono::microseconds(200));
+                done = true;
+            });
+            ASSERT_TRUE(VarnixTest::WaitUntil([&] { return started.load(); }, Limit));
+        }
+        finished += done.load() ? 1 : 0;
+    }
+    EXPECT_EQ(finished, 300);
+    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+}
