@@ -78,3 +78,4 @@ varnix_sim_test(BadCycleTime RC 2 ARGS "run|examples/tank/TankProgram.prog.confi
 varnix_sim_test(BadStimulusFile RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--stimulus|none.csv"
   STDERR_REGEX "none.csv: cannot open the stimulus file" STDERR_LINES 1)
 varnix_sim_test(GraphSvgOrClearMessage RC 0 ARGS "graph|examples/tank/TankProgram.prog.config|--output|${CMAKE_CURRENT_BINARY_DIR}/tank.svg")
+include(${CMAKE_CURRENT_LIST_DIR}/HostileCliTests.cmake)
