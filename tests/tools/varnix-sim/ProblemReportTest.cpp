@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "Check.hpp"
+#include "VarnixBase/Sim/Check.hpp"
 
-using namespace VarnixSim;
+using namespace VarnixBase::Sim;
 
 TEST(ProblemReportTest, ShortQuotedTextsStayAsTheyAre)
 {
