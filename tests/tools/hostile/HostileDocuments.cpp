@@ -240,15 +240,16 @@ std::string ManyPorts(const std::string&)
     return Wrap(ports);
 }
 
-/// A chain of 5,001 ports joined by 5,000 copy connectors: p0 -> p1 -> ... -> p5000.
-std::string ManyConnectors(const std::string&)
+/// 5,000 copy connectors from one port to each of 5,000 others, or, as a `chain`, from each port
+/// to the next: p0 -> p1 -> ... -> p5000.
+std::string ManyConnectors(bool chain)
 {
     std::string ports = "    <Ports>\n";
     std::string connectors = "    <Connectors>\n";
     for (int i = 0; i <= 5000; ++i) {
         ports += "      <Port name=\"p" + std::to_string(i) + "\" type=\"int32\"/>\n";
         if (i > 0) {
-            connectors += "      <Connector startPort=\"p" + std::to_string(i - 1) + "\" endPort=\"p" +
+            connectors += "      <Connector startPort=\"p" + std::to_string(chain ? i - 1 : 0) + "\" endPort=\"p" +
                           std::to_string(i) + "\" type=\"copy\"/>\n";
         }
     }
@@ -298,7 +299,8 @@ const std::map<std::string, std::function<std::string(const std::string&)>>& Kin
         {"bom-only", BomOnly},
         {"truncated", Truncated},
         {"many-ports", ManyPorts},
-        {"many-connectors", ManyConnectors},
+        {"many-connectors", [](const std::string&) { return ManyConnectors(false); }},
+        {"connector-chain", [](const std::string&) { return ManyConnectors(true); }},
         {"long-literal", LongLiteral},
         {"long-reference", LongReference},
     };
