@@ -437,7 +437,9 @@ int main(int argc, char** argv)
                      "Task cycles to run (default: up to each scenario's last cycle)");
 
     std::string checkDocument, checkType;
-    auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line, and each deviation from the document schema as a warning");
+    auto* check = app.add_subcommand("check", "Build the program from DOCUMENT and report every problem with its line, "
+                                              "and each deviation from the document schema as a warning; "
+                                              "long values are shortened");
     check->add_option("document", checkDocument, "The .prog.config")->required();
     check->add_option("--type", checkType, "Program type (needed when the document has several)");
 

@@ -250,13 +250,43 @@ std::vector<Problem> CollectProblems(Simulation& simulation)
     return problems;
 }
 
+std::string AbbreviateQuoted(const std::string& message)
+{
+    std::string result;
+    std::size_t from = 0;
+    while (from < message.size()) {
+        std::size_t open = message.find('`', from);
+        std::size_t close = open == std::string::npos ? std::string::npos : message.find('`', open + 1);
+        if (close == std::string::npos) {
+            result.append(message, from, std::string::npos);
+            break;
+        }
+        std::size_t length = close - open - 1;
+        result.append(message, from, open + 1 - from);
+        if (length > MaxQuotedLength) {
+            // The shown start ends on a character boundary of UTF-8.
+            std::size_t shown = AbbreviatedLength;
+            while (shown > 0 && (static_cast<unsigned char>(message[open + 1 + shown]) & 0xC0U) == 0x80U) {
+                --shown;
+            }
+            result += fmt::format("{}...({} bytes)", message.substr(open + 1, shown), length);
+        } else {
+            result.append(message, open + 1, length);
+        }
+        result += '`';
+        from = close + 1;
+    }
+    return result;
+}
+
 void WriteProblems(std::ostream& out, const std::string& file, const std::vector<Problem>& problems)
 {
     for (const auto& problem : problems) {
+        std::string message = AbbreviateQuoted(problem.message);
         if (problem.line > 0) {
-            out << fmt::format("{}:{}: {}: {}\n", file, problem.line, problem.severity, problem.message);
+            out << fmt::format("{}:{}: {}: {}\n", file, problem.line, problem.severity, message);
         } else {
-            out << fmt::format("{}: {}: {}\n", file, problem.severity, problem.message);
+            out << fmt::format("{}: {}: {}\n", file, problem.severity, message);
         }
     }
 }

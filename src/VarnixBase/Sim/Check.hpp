@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -27,6 +28,15 @@ std::vector<Problem> CollectProblems(Simulation& simulation);
 /// in order and logs what it does, so the log itself says which element a failure belongs to.
 std::vector<Problem> AttributeLog(const DocumentOutline& outline, const OutlineProgram& program,
                                   const std::vector<Zon::System::Commons::Diagnostics::Logging::LogEntry>& log);
+
+/// Texts between backticks longer than this are shown by their first `AbbreviatedLength` bytes
+/// and their length, so that a problem report never repeats a huge value of the document.
+constexpr std::size_t MaxQuotedLength = 64;
+constexpr std::size_t AbbreviatedLength = 16;
+
+/// `message` with every text between backticks longer than `MaxQuotedLength` abbreviated, as
+/// "START...(N bytes)".
+std::string AbbreviateQuoted(const std::string& message);
 
 /// "FILE:LINE: SEVERITY: MESSAGE" (without ":LINE" for the document as a whole), one per line.
 void WriteProblems(std::ostream& out, const std::string& file, const std::vector<Problem>& problems);

@@ -179,3 +179,5 @@ add_test(NAME VarnixSimCli.BothWaysRunLosesNoMemory
     -DWORKDIR=${PROJECT_SOURCE_DIR} -DSANITIZE=${VARNIX_SANITIZE}
     -P ${CMAKE_CURRENT_LIST_DIR}/RunUnderMemcheck.cmake)
 set_tests_properties(VarnixSimCli.BothWaysRunLosesNoMemory PROPERTIES SKIP_REGULAR_EXPRESSION "SKIPPED:" TIMEOUT 300)
+
+include(${CMAKE_CURRENT_LIST_DIR}/HostileCliTests.cmake)
