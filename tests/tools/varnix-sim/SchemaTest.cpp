@@ -118,3 +118,20 @@ TEST(Schema, MergeLeavesOutWhatTheLibraryReportedAtTheSameLine)
     EXPECT_EQ(problems[3].line, 6);
     EXPECT_EQ(problems[4].severity, "error");
 }
+
+TEST(Schema, ADocumentThatDeclaresEntitiesIsLeftUncheckedWithOneWarning)
+{
+    // Ten thousand references to a long entity: validating would expand each of them anew.
+    std::string text = "<?xml version=\"1.0\"?>\n<!DOCTYPE ConfigurableProgram [<!ENTITY e \"" +
+                       std::string(10000, 'x') + "\">]>\n<ConfigurableProgram>\n  <Program type=\"T\" note=\"";
+    for (int index = 0; index < 10000; ++index) {
+        text += "&e;";
+    }
+    text += "\"/>\n</ConfigurableProgram>\n";
+    auto deviations = Validate(text);
+    ASSERT_EQ(deviations.size(), 1u);
+    EXPECT_EQ(deviations[0].problem.severity, "warning");
+    EXPECT_EQ(deviations[0].problem.line, 1);
+    EXPECT_EQ(deviations[0].problem.message,
+              "schema: not checked: the document declares entities, and the check does not expand an entity reference");
+}
