@@ -34,7 +34,16 @@ using System::Commons::ArgumentException;
 struct TypeLibrary::Entry {
     struct NameHash {
         using is_transparent = void;
-        std::size_t operator()(std::string_view name) const noexcept { return std::hash<std::string_view>{}(name); }
+        /// FNV-1a over the bytes, inline: type and member names are short, and the path walk
+        /// hashes two of them per member.
+        std::size_t operator()(std::string_view name) const noexcept
+        {
+            std::uint64_t hash = 14695981039346656037ULL;
+            for (const char character : name) {
+                hash = (hash ^ static_cast<unsigned char>(character)) * 1099511628211ULL;
+            }
+            return static_cast<std::size_t>(hash);
+        }
     };
 
     TypeInfo info;

@@ -114,6 +114,24 @@ bool IsInsideDeclaredArray(const ArrayDimensions& dimensions, unsigned long elem
     return end <= extent;
 }
 
+/// Gives `record` the content of `DataInfo(DataTag(name, address, dataType, type, false))`, in
+/// place: the strings it holds keep their storage, and `type` may be its own identifier.
+void Replace(DataInfo& record, String&& name, void* address, Zon::Plc::Commons::DataType dataType,
+             const Zon::Plc::Commons::Meta::TypeIdentifier& type)
+{
+    record.name = std::move(name);
+    record.dataType = dataType;
+    if (&type != &record.typeIdentifier) {
+        record.typeIdentifier = type;
+    }
+    record.reserved1 = 0;
+    record.reserved2 = 0;
+    record.address = address;
+    record.attributes = Zon::Plc::Commons::Meta::StandardAttribute::None;
+    record.isConstant = false;
+    record.arrayDimensions.clear();
+}
+
 } // namespace
 
 DataBrowser::DataBrowser() = default;
@@ -226,7 +244,11 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
         variableAddress = ReadPointer(variableAddress);
     }
 
-    GetLogger().Trace("  browse: path={0}, startAddress={1}", remainder, Show(variableAddress));
+    // Whether trace lines are written, asked once for the whole walk: nothing in it sets the level.
+    const bool tracing = Tracing();
+    if (tracing) {
+        GetLogger().Trace("  browse: path={0}, startAddress={1}", remainder, Show(variableAddress));
+    }
 
     // Whether the memory at `variableAddress` (and at `memberAddress` plus `elementOffset`) is
     // known to hold the object that the walk describes there. Pointers are read only from such
@@ -247,30 +269,32 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
     std::vector<unsigned long> indices;
     PathParserState state = PathParserState::ParseMembers;
 
+    // The one type browser, reached once for the whole walk: it lives as long as this browser.
+    auto& typeBrowser = MetaInfoProvider::GetInstance().GetTypeBrowser();
+
     auto memberStep = [&](std::size_t position, char end) {
         memberName.assign(remainder.substr(memberStart, position - memberStart));
-        // One copy of the name, asked for and then kept by the record.
-        String name(memberName);
-        auto& typeBrowser = MetaInfoProvider::GetInstance().GetTypeBrowser();
         const bool endsMember = end == '.' || end == '\0';
-        if (endsMember) {
-            // Asked for its trace line only.
+        if (endsMember && tracing) {
+            // Asked for the type browser's trace line only; without tracing it would show nothing.
             (void)typeBrowser.GetChildren(result.typeIdentifier);
         }
+        // Asked under a copy of the name, which then goes to the record.
+        String name(memberName);
         child = typeBrowser.GetChildInfo(result.typeIdentifier, name);
         const bool isPointer = (child.dataType & DataTypePointerBit) != 0;
         if (isPointer && !variableKnown) {
             ThrowPointerOutsideMemory(variableAddress, child.offset);
         }
-        memberAddress = CalculateChildMemberAddress(variableAddress, child);
+        memberAddress = ChildMemberAddress(variableAddress, child, tracing);
         memberKnown = child.dataType != 0 && (isPointer ? memberAddress != nullptr : variableKnown);
         if (endsMember) {
             variableAddress = memberAddress;
             variableKnown = memberKnown;
         }
-        GetLogger().Trace("  browse: name={0}, address: {1}", memberName, Show(memberAddress));
-        result = DataInfo(DataTag(std::move(name), memberAddress, child.dataType, child.typeIdentifier, false));
-        if (Tracing()) {
+        Replace(result, std::move(name), memberAddress, child.dataType, child.typeIdentifier);
+        if (tracing) {
+            GetLogger().Trace("  browse: name={0}, address: {1}", memberName, Show(memberAddress));
             GetLogger().Trace("   child: type={}, basetype={}, offset={}", child.typeIdentifier.GetFullName(),
                               DataTypeEnum(child.dataType & DataTypeBaseMask), child.offset);
         }
@@ -285,7 +309,9 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
         memberName += ']';
         const unsigned long elementSize = child.size != 0 ? child.size : DataTypeEnum(child.dataType).GetSize();
         elementOffset = CalculateArrayElementOffset(indices, child.GetArrayDimensions(), elementSize);
-        GetLogger().Trace("  browse: name={}, address={}+{}", memberName, Show(memberAddress), elementOffset);
+        if (tracing) {
+            GetLogger().Trace("  browse: name={}, address={}+{}", memberName, Show(memberAddress), elementOffset);
+        }
         if (child.dataType == 0) {
             GetLogger().Error("Child type info is empty");
             throw ArgumentException("Invalid variable path: Child type info is empty");
@@ -299,8 +325,8 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
                                            String(remainder.substr(0, digits.size() + 1)));
         }
         elementKnown = memberKnown && IsInsideDeclaredArray(child.GetArrayDimensions(), elementOffset, elementSize);
-        result = DataInfo(DataTag(String(memberName), Advance(memberAddress, elementOffset), child.dataType,
-                                  result.typeIdentifier, false));
+        Replace(result, String(memberName), Advance(memberAddress, elementOffset), child.dataType,
+                result.typeIdentifier);
     };
 
     bool finished = false;
@@ -400,15 +426,24 @@ unsigned long DataBrowser::CalculateArrayElementOffset(const std::vector<unsigne
 
 unsigned char* DataBrowser::CalculateChildMemberAddress(unsigned char* address, const ChildTypeInfo& child)
 {
+    return ChildMemberAddress(address, child, Tracing());
+}
+
+unsigned char* DataBrowser::ChildMemberAddress(unsigned char* address, const ChildTypeInfo& child, bool tracing)
+{
     if ((child.dataType & DataTypePointerBit) != 0) {
         if (address == nullptr) {
             ThrowPointerOutsideMemory(address, child.offset);
         }
         unsigned char* pointer = ReadPointer(Advance(address, child.offset));
-        GetLogger().Trace("   browse: pointer={}+{}, address={}", Show(address), child.offset, Show(pointer));
+        if (tracing) {
+            GetLogger().Trace("   browse: pointer={}+{}, address={}", Show(address), child.offset, Show(pointer));
+        }
         return pointer;
     }
-    GetLogger().Trace("   browse: address={}+{}", Show(address), child.offset);
+    if (tracing) {
+        GetLogger().Trace("   browse: address={}+{}", Show(address), child.offset);
+    }
     return Advance(address, child.offset);
 }
 

@@ -103,6 +103,10 @@ private:
     /// end of the view.
     Zon::Plc::Commons::Meta::DataInfo Walk(const Zon::Plc::Commons::Meta::DataInfo& parent, std::string_view remainder);
 
+    /// `CalculateChildMemberAddress`, with its trace line written only when `tracing` is set.
+    static unsigned char* ChildMemberAddress(unsigned char* address, const Zon::Plc::Commons::Meta::ChildTypeInfo& child,
+                                             bool tracing);
+
     std::map<Zon::String, std::reference_wrapper<Zon::Plc::Commons::Meta::IDataInfoProvider>> providers;
 };
 
