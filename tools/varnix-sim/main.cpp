@@ -218,8 +218,35 @@ struct TestArguments {
     std::vector<std::string> scenarios;
     std::string type;
     std::string junit;
+    std::string html;
     std::uint64_t cycles = 0;
 };
+
+/// The verdict of a scenario as the page shows it: each failed expectation on its port at its
+/// cycle; a quality or time stamp expectation says which of the two it checked.
+Verdict VerdictOf(const Scenario& scenario, const ScenarioResult& result)
+{
+    Verdict verdict{scenario.file, result.Passed(), result.expectations, {}};
+    for (const auto& failure : result.failures) {
+        MarkedFailure marked;
+        marked.cycle = result.rows[failure.row].cycle;
+        marked.port = failure.column;
+        marked.expected = failure.expected;
+        marked.actual = failure.actual;
+        for (const auto& column : scenario.columns) {
+            if (column.name == failure.column && column.field != ExpectedField::Value) {
+                const char* field = column.field == ExpectedField::Quality ? "quality " : "time ";
+                marked.port = column.port;
+                marked.expected = field + marked.expected;
+                marked.actual = field + marked.actual;
+                break;
+            }
+        }
+        marked.origin = fmt::format("{}:{}", scenario.file, result.rows[failure.row].line);
+        verdict.failures.push_back(std::move(marked));
+    }
+    return verdict;
+}
 
 /// Every scenario is read and checked against the program before any runs, so that a bad one
 /// stops everything with its file and line; then each runs from a fresh start of the program.
@@ -250,11 +277,34 @@ int Test(const TestArguments& arguments)
             throw UsageError(fmt::format("--junit {}: cannot write the file", arguments.junit));
         }
     }
+    std::ofstream htmlFile;
+    std::unique_ptr<HtmlReport> page;
+    if (!arguments.html.empty()) {
+        htmlFile.open(arguments.html, std::ios::binary | std::ios::trunc);
+        if (!htmlFile) {
+            throw UsageError(fmt::format("--html {}: cannot write the file", arguments.html));
+        }
+    }
     std::vector<ScenarioResult> results;
     std::size_t expectations = 0, failed = 0, failedScenarios = 0;
     for (const auto& scenario : scenarios) {
         Simulation simulation(options);
+        RunRecording* recording = nullptr;
+        if (htmlFile.is_open()) {
+            if (!page) {
+                page = std::make_unique<HtmlReport>(HtmlReportInfo{simulation.GetType(), arguments.document,
+                                                                   options.instance, Simulation::RunOptions{}.cycleTime});
+                page->SetProgram(simulation.GetProgramOutline());
+            }
+            recording = &page->AddRun(scenario.file);
+            recording->AddStimuli(scenario.stimuli);
+        }
+        scenarioOptions.trace = recording;
         results.push_back(RunScenario(simulation, scenario, scenarioOptions));
+        if (recording != nullptr) {
+            recording->SetSummary(results.back().summary);
+            recording->SetVerdict(VerdictOf(scenario, results.back()));
+        }
         WriteFailures(std::cout, results.back());
         expectations += results.back().expectations;
         failed += results.back().failures.size();
@@ -270,6 +320,12 @@ int Test(const TestArguments& arguments)
         WriteJUnit(junit, results);
         if (!junit.flush()) {
             throw UsageError(fmt::format("--junit {}: cannot write the file", arguments.junit));
+        }
+    }
+    if (page) {
+        page->Write(htmlFile);
+        if (!htmlFile.flush()) {
+            throw UsageError(fmt::format("--html {}: cannot write the page (is the disk full?)", arguments.html));
         }
     }
     return failedScenarios == 0 ? ExitValid : ExitProblems;
@@ -433,6 +489,9 @@ int main(int argc, char** argv)
     test->add_option("scenario", testArguments.scenarios, "Scenario files (CSV)")->required();
     test->add_option("--type", testArguments.type, "Program type (needed when the document has several)");
     test->add_option("--junit", testArguments.junit, "Write the verdicts as JUnit XML to this file");
+    test->add_option("--html", testArguments.html,
+                     "Write a self-contained page to this file: each scenario's run plotted, its verdict, and "
+                     "each failed expectation marked on its port's plot at its cycle");
     test->add_option("--cycles", testArguments.cycles,
                      "Task cycles to run (default: up to each scenario's last cycle)");
 

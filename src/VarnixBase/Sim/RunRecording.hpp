@@ -12,7 +12,7 @@
 namespace VarnixBase::Sim {
 
 /// A failed expectation of a scenario: what a port should have held after a cycle, and what it held.
-struct ExpectationFailure {
+struct MarkedFailure {
     std::uint64_t cycle = 0;
     std::string port;
     std::string expected;
@@ -26,7 +26,7 @@ struct Verdict {
     std::string scenario;
     bool passed = true;
     std::size_t expectations = 0;
-    std::vector<ExpectationFailure> failures;
+    std::vector<MarkedFailure> failures;
 };
 
 /// Quality states in the order of their badness, as the quality model numbers them.

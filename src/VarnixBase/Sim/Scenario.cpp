@@ -476,9 +476,9 @@ ScenarioResult RunScenario(Simulation& simulation, const Scenario& scenario, con
             ++next;
         };
     }
-    auto summary = simulation.Run(run);
+    result.summary = simulation.Run(run);
     result.cycles = simulation.GetCycle();
-    result.seconds = summary.wallSeconds;
+    result.seconds = result.summary.wallSeconds;
     result.expectations = scenario.expectations.size();
     for (const auto& column : scenario.columns) {
         result.columnNames.push_back(column.name);

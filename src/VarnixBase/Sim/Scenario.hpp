@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "VarnixBase/Sim/Simulation.hpp"
 #include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Sim/Trace.hpp"
 
 namespace VarnixBase::Sim {
-
-class Simulation;
 
 /// What an `expect` column checks of its port after a cycle.
 enum class ExpectedField {
@@ -102,6 +101,8 @@ struct ScenarioResult {
     /// The names of the scenario's `expect` columns, and the column of each expectation in order.
     std::vector<std::string> columnNames;
     std::vector<std::uint32_t> rowColumns;
+    /// The summary of the scenario's run, as `Simulation::Run` gave it.
+    Simulation::Summary summary;
 
     bool Passed() const noexcept { return failures.empty(); }
 };

@@ -104,7 +104,10 @@ if(Python3_Interpreter_FOUND)
     COMMAND ${html_check} outline $<TARGET_FILE:varnix-sim> ${PROJECT_SOURCE_DIR} ${docs}/tank-report.outline --no-dot)
   add_test(NAME VarnixSimCli.TankHtmlReportInBrowser
     COMMAND ${html_check} browser $<TARGET_FILE:varnix-sim> ${PROJECT_SOURCE_DIR})
-  set_tests_properties(VarnixSimCli.TankHtmlReportOutline VarnixSimCli.TankHtmlReportOutlineWithoutDot PROPERTIES TIMEOUT 180)
+  add_test(NAME VarnixSimCli.ScenarioVerdictsInHtmlReport
+    COMMAND ${html_check} verdicts $<TARGET_FILE:varnix-sim> ${PROJECT_SOURCE_DIR})
+  set_tests_properties(VarnixSimCli.TankHtmlReportOutline VarnixSimCli.TankHtmlReportOutlineWithoutDot
+    VarnixSimCli.ScenarioVerdictsInHtmlReport PROPERTIES TIMEOUT 180)
   set_tests_properties(VarnixSimCli.TankHtmlReportInBrowser PROPERTIES TIMEOUT 400 SKIP_RETURN_CODE 77)
 else()
   message(WARNING "python3 not found: the HTML report's outline and browser tests are left out (scripts/setup installs it)")
@@ -150,6 +153,7 @@ varnix_sim_test(ScenarioMissingFile RC 2 ARGS "test|${tank}|none.scenario.csv"
   STDERR_REGEX "^varnix-sim: none.scenario.csv: cannot open the scenario\n$" STDERR_LINES 1)
 varnix_sim_test(TestHelpShowsTheScenarioFormat RC 0 ARGS "test|--help"
   STDOUT_REGEX "cycle,raw,expect level,expect level.quality.*Exit status: 0 all passed, 1 an expectation failed, 2")
+varnix_sim_test(HtmlInTestHelp RC 0 ARGS "test|--help" STDOUT_REGEX "--html TEXT +Write a self-contained page")
 find_package(Python3 COMPONENTS Interpreter)
 if(Python3_Interpreter_FOUND)
   add_test(NAME VarnixSimCli.JUnitReport

@@ -13,6 +13,11 @@
       (from Chromium's net log; a page with a remote picture is opened first to show that the check
       sees such a request). --picture keeps the screenshot. Exits 77 (skipped) without Chromium.
 
+  html_report.py verdicts SIM WORKDIR
+      Runs `varnix-sim test --html` on the tank example's scenario and a failing one, and checks
+      that the page lists each scenario's verdict and marks each failed expectation on the plot of
+      its port, in the run of its scenario, with its cycle, expected and actual value.
+
 Everything runs in a fresh temporary directory and is bounded in time.
 """
 import html.parser
@@ -295,7 +300,52 @@ def browser(arguments):
             width, height, len(colours), inked / sampled, "; kept as " + picture if picture else ""))
 
 
+def verdicts(arguments):
+    if len(arguments) < 2:
+        fail("usage: verdicts SIM WORKDIR")
+    sim, workdir = arguments[0], arguments[1]
+    failing = "tests/tools/varnix-sim/documents/tank.failing.scenario.csv"
+    passing = "examples/tank/tank.scenario.csv"
+    with tempfile.TemporaryDirectory() as directory:
+        page = os.path.join(directory, "verdicts.html")
+        result = subprocess.run([sim, "test", "examples/tank/TankProgram.prog.config", failing, passing,
+                                 "--html", page], cwd=workdir, capture_output=True, text=True, timeout=120)
+        if result.returncode != 1:
+            fail("varnix-sim test should fail (1), got {}: {}".format(result.returncode, result.stderr))
+        if not result.stdout.endswith("2 scenarios, 41 expectations: 38 passed, 3 failed; FAILED (1 of 2 scenarios)\n"):
+            fail("the verdicts on standard output changed with --html:\n" + result.stdout)
+        with open(page, encoding="utf-8") as file:
+            text = file.read()
+    problems = check_self_contained(text)
+    rows = re.findall(r'<tr><td><a href="#(run\d+)">([^<]*)</a></td><td class="(pass|fail)">', text)
+    if rows != [("run1", failing, "fail"), ("run2", passing, "pass")]:
+        problems.append("verdict rows: {}".format(rows))
+    # Each run's plots, in order: a failure mark must lie in the plot of level in the failing run.
+    plots = re.split(r'(?=<[a-z]+[^>]* id="run\d+-port\d+")', text)
+    marks = []
+    for plot in plots:
+        anchor = re.match(r'<[^>]* id="(run\d+-port\d+)"', plot)
+        for title in re.findall(r'<g class="failure">.*?<title>([^<]*)</title>', plot):
+            marks.append((anchor.group(1) if anchor else None, title))
+    level = re.search(r'<a href="#(run1-port\d+)">level</a>', text)
+    expected = [
+        "after cycle 3: level expected 25.5~0.1, was 25 ({}:5)".format(failing),
+        "after cycle 9: level expected quality Bad Overrange, was quality Good ({}:6)".format(failing),
+        "after cycle 9: level expected time T#90ms, was time T#80ms ({}:6)".format(failing),
+    ]
+    found = [title for anchor, title in marks if level and anchor == level.group(1)]
+    for line in expected:
+        if not any(line in title for title in found):
+            problems.append("no failure mark on level's plot of the failing run: " + line)
+    if len(found) != len(marks):
+        problems.append("failure marks outside level's plot of the failing run: {}".format(marks))
+    if problems:
+        fail("the verdicts page:\n  " + "\n  ".join(problems))
+    print("html_report: verdicts listed, {} failure marks on level's plot".format(len(found)))
+
+
 if __name__ == "__main__":
-    if len(sys.argv) < 2 or sys.argv[1] not in ("outline", "browser"):
-        fail("usage: html_report.py outline|browser ... (see the top of the file)")
-    (outline if sys.argv[1] == "outline" else browser)(sys.argv[2:])
+    commands = {"outline": outline, "browser": browser, "verdicts": verdicts}
+    if len(sys.argv) < 2 or sys.argv[1] not in commands:
+        fail("usage: html_report.py outline|browser|verdicts ... (see the top of the file)")
+    commands[sys.argv[1]](sys.argv[2:])
