@@ -222,14 +222,9 @@ std::vector<Problem> AttributeLog(const DocumentOutline& outline, const OutlineP
     return problems;
 }
 
-std::vector<Problem> CollectProblems(Simulation& simulation)
+std::vector<Problem> QualityCycleProblems(const OutlineProgram& program)
 {
-    const auto& program = simulation.GetProgramOutline();
-    auto problems = AttributeLog(simulation.GetOutline(), program, simulation.GetLog());
-    std::string verdict = simulation.Complete();
-    if (!verdict.empty()) {
-        problems.push_back({"error", program.line, verdict});
-    }
+    std::vector<Problem> problems;
     for (const auto& cycle : FindQualityCycles(program)) {
         std::string members;
         for (const auto& member : cycle.members) {
@@ -239,6 +234,22 @@ std::vector<Problem> CollectProblems(Simulation& simulation)
         problems.push_back({"error", cycle.line,
                             fmt::format("quality providers form a cycle: {}; reading a quality would recurse without end",
                                         members)});
+    }
+    std::stable_sort(problems.begin(), problems.end(),
+                     [](const Problem& a, const Problem& b) { return a.line < b.line; });
+    return problems;
+}
+
+std::vector<Problem> CollectProblems(Simulation& simulation)
+{
+    const auto& program = simulation.GetProgramOutline();
+    auto problems = AttributeLog(simulation.GetOutline(), program, simulation.GetLog());
+    std::string verdict = simulation.Complete();
+    if (!verdict.empty()) {
+        problems.push_back({"error", program.line, verdict});
+    }
+    for (auto& cycle : QualityCycleProblems(program)) {
+        problems.push_back(std::move(cycle));
     }
     for (const auto& dimension : FindDimensionProblems(program)) {
         problems.push_back({"warning", dimension.line,

@@ -24,6 +24,10 @@ struct Problem {
 /// simulator's own checks, quality providers in a cycle and ports whose dimension is not 1.
 std::vector<Problem> CollectProblems(Simulation& simulation);
 
+/// The errors of quality providers that form a cycle in `program` (a reading of such a quality
+/// would recurse without end), ordered by line as `CollectProblems` orders them. Needs no log.
+std::vector<Problem> QualityCycleProblems(const OutlineProgram& program);
+
 /// Points each logged message at the element it concerns. The builder works through the document
 /// in order and logs what it does, so the log itself says which element a failure belongs to.
 std::vector<Problem> AttributeLog(const DocumentOutline& outline, const OutlineProgram& program,

@@ -204,7 +204,11 @@ Simulation::Simulation(const SimulationOptions& options) : impl(std::make_unique
     Zon::Host::RuntimeOptions runtimeOptions;
     runtimeOptions.fileSystemRoot = impl->root.path.string();
     runtimeOptions.consoleLevel = options.consoleLevel;
-    runtimeOptions.captureLevel = LogLevel::Trace;
+    if (options.captureLog) {
+        runtimeOptions.captureLevel = LogLevel::Trace;
+    } else {
+        runtimeOptions.captureLevel.reset();
+    }
     impl->runtime = std::make_unique<Zon::Host::Runtime>(runtimeOptions);
     if (options.realTime) {
         Zon::Host::Clock::UseReal();

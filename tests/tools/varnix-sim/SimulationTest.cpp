@@ -1,16 +1,19 @@
 // Runs of a simulated program without a trace: the cycles are timed together, and stimuli still
 // reach the ports before their cycles.
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "VarnixBase/Sim/Check.hpp"
 #include "VarnixBase/Sim/Simulation.hpp"
 #include "VarnixBase/Sim/Stimulus.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "TankDocument.hpp"
 #include "support/HostFixture.hpp"
+#include "Zon/System/Commons/InvalidOperationException.hpp"
 
 using namespace VarnixBase::Sim;
 
@@ -108,4 +111,75 @@ TEST_F(SimulationTest, StimuliAndRunsContinueTheCyclesThatStepRan)
     simulation.Run(run);
     EXPECT_EQ(seen, (std::vector<std::uint64_t>{3, 4}));
     EXPECT_EQ(simulation.Read("display").value, "50");
+}
+
+TEST_F(SimulationTest, ByDefaultTheLogKeepsEveryLineDownToTheTraceLines)
+{
+    Simulation simulation(Options());
+    auto log = simulation.GetLog();
+    using Zon::System::Commons::Diagnostics::Logging::LogLevel;
+    EXPECT_TRUE(std::any_of(log.begin(), log.end(), [](const auto& entry) { return entry.level == LogLevel::Trace; }));
+    EXPECT_TRUE(std::any_of(log.begin(), log.end(), [](const auto& entry) { return entry.level == LogLevel::Info; }));
+}
+
+TEST_F(SimulationTest, WithoutCaptureNoLogIsKeptAndTheProgramRunsAlike)
+{
+    auto options = Options();
+    options.captureLog = false;
+    Simulation simulation(options);
+    EXPECT_THROW(simulation.GetLog(), Zon::System::Commons::InvalidOperationException);
+    simulation.Set("raw", "2500");
+    simulation.Step();
+    EXPECT_EQ(simulation.Read("display").value, "25");
+    EXPECT_EQ(simulation.Read("level").quality, "Good");
+}
+
+TEST_F(SimulationTest, TheCycleProblemsAreThoseTheFullCheckReports)
+{
+    auto options = Options();
+    options.document = dir.WriteFile("Cycle.prog.config", R"(<?xml version="1.0" encoding="utf-8"?>
+<ConfigurableProgram>
+  <Program type="Cycle">
+    <Ports>
+      <Port name="a" type="int32"/>
+      <Port name="b" type="int32"/>
+      <Port name="c" type="int32"/>
+      <Port name="d" type="int32"/>
+    </Ports>
+    <Connectors>
+      <Connector startPort="c" endPort="d" type="copy">
+        <QualityProvider ref="d:c"/>
+      </Connector>
+      <Connector startPort="d" endPort="c" type="copy">
+        <QualityProvider ref="c:d"/>
+      </Connector>
+      <Connector startPort="a" endPort="b" type="copy">
+        <QualityProvider ref="b:c"/>
+      </Connector>
+      <Connector startPort="b" endPort="c" type="copy">
+        <QualityProvider ref="a:b"/>
+      </Connector>
+    </Connectors>
+  </Program>
+</ConfigurableProgram>
+)").string();
+    Simulation simulation(options);
+    auto cycles = QualityCycleProblems(simulation.GetProgramOutline());
+    ASSERT_EQ(cycles.size(), 2u);
+    EXPECT_EQ(cycles[0].line, 11);
+    EXPECT_EQ(cycles[0].message,
+              "quality providers form a cycle: c:d -> d:c -> c:d; reading a quality would recurse without end");
+    EXPECT_EQ(cycles[1].line, 17);
+    std::vector<Problem> fromCheck;
+    for (const auto& problem : CollectProblems(simulation)) {
+        if (problem.message.rfind("quality providers form a cycle", 0) == 0) {
+            fromCheck.push_back(problem);
+        }
+    }
+    ASSERT_EQ(fromCheck.size(), cycles.size());
+    for (std::size_t i = 0; i < cycles.size(); ++i) {
+        EXPECT_EQ(fromCheck[i].line, cycles[i].line);
+        EXPECT_EQ(fromCheck[i].message, cycles[i].message);
+        EXPECT_EQ(fromCheck[i].severity, "error");
+    }
 }
