@@ -6,6 +6,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -106,6 +107,21 @@ protected:
         return modbus_receive_confirmation(client, answer) < 0 ? errno : (answer[7] & 0x80 ? EMBXILFUN + answer[8] - 1 : 0);
     }
 
+    /// A plain connection to the server (answers time out after 2 s) that has sent `bytes`.
+    int SendRaw(const std::vector<std::uint8_t>& bytes)
+    {
+        int s = ::socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(server->GetPort());
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(::connect(s, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+        timeval timeout{2, 0};
+        ::setsockopt(s, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
+        EXPECT_EQ(::send(s, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
+        return s;
+    }
+
     VarnixTest::TempDir dir;
     std::unique_ptr<Simulation> simulation;
     AddressMap map;
@@ -196,20 +212,8 @@ TEST_F(ModbusServerTest, BadRequestsGetTheProtocolsExceptionsAndTheServerGoesOn)
 TEST_F(ModbusServerTest, AMalformedFrameOrAHalfRequestClosesThatConnectionOnly)
 {
     auto good = Connect();
-    auto sendRaw = [this](const std::vector<std::uint8_t>& bytes) {
-        int s = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(server->GetPort());
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(::connect(s, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-        timeval timeout{2, 0};
-        ::setsockopt(s, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
-        EXPECT_EQ(::send(s, bytes.data(), bytes.size(), MSG_NOSIGNAL), static_cast<ssize_t>(bytes.size()));
-        return s;
-    };
     // Protocol id 1: no Modbus TCP; the server closes the connection (the read sees its end).
-    int bad = sendRaw({0, 1, 0, 1, 0, 6, 1, 3, 0, 0, 0, 1});
+    int bad = SendRaw({0, 1, 0, 1, 0, 6, 1, 3, 0, 0, 0, 1});
     // The connection's end: an orderly close, or a reset for the bytes the server left unread
     // (not a time-out, EAGAIN, which would mean the server kept it open).
     auto ended = [](int s) {
@@ -220,15 +224,48 @@ TEST_F(ModbusServerTest, AMalformedFrameOrAHalfRequestClosesThatConnectionOnly)
     EXPECT_TRUE(ended(bad));
     ::close(bad);
     // A length beyond any frame.
-    bad = sendRaw({0, 1, 0, 0, 0xFF, 0xFF, 1, 3});
+    bad = SendRaw({0, 1, 0, 0, 0xFF, 0xFF, 1, 3});
     EXPECT_TRUE(ended(bad));
     ::close(bad);
     // Half a request, then the client goes.
-    int half = sendRaw({0, 1, 0, 0, 0, 6, 1, 3, 0});
+    int half = SendRaw({0, 1, 0, 0, 0, 6, 1, 3, 0});
     ::close(half);
     std::uint16_t registers[4];
     EXPECT_EQ(modbus_read_input_registers(good.get(), 0, 4, registers), 4) << modbus_strerror(errno);
     EXPECT_EQ(server->GetStatistics().dropped, 2u);
+}
+
+TEST_F(ModbusServerTest, RequestsSentTogetherOrInPiecesAreEachAnsweredInTheirOrder)
+{
+    // 100 requests of 12 bytes in one send (more than one read of the server takes in), each
+    // reading one input register more than the one before, then a request in two pieces.
+    constexpr int Together = 100;
+    auto request = [](int transaction, int count) {
+        return std::vector<std::uint8_t>{static_cast<std::uint8_t>(transaction >> 8),
+                                         static_cast<std::uint8_t>(transaction), 0, 0, 0, 6, 1, 4, 0, 0, 0,
+                                         static_cast<std::uint8_t>(count)};
+    };
+    std::vector<std::uint8_t> burst;
+    for (int k = 0; k < Together; ++k) {
+        auto one = request(k, 1 + k % 4);
+        burst.insert(burst.end(), one.begin(), one.end());
+    }
+    int s = SendRaw(burst);
+    auto last = request(Together, 2);
+    ASSERT_EQ(::send(s, last.data(), 5, MSG_NOSIGNAL), 5);
+    ASSERT_EQ(::send(s, last.data() + 5, last.size() - 5, MSG_NOSIGNAL), static_cast<ssize_t>(last.size() - 5));
+    for (int k = 0; k <= Together; ++k) {
+        int count = k < Together ? 1 + k % 4 : 2;
+        std::vector<std::uint8_t> answer(9 + 2 * count);
+        ASSERT_EQ(::recv(s, answer.data(), answer.size(), MSG_WAITALL), static_cast<ssize_t>(answer.size()))
+            << "answer " << k;
+        EXPECT_EQ((answer[0] << 8) | answer[1], k) << "answers come in the order of the requests";
+        EXPECT_EQ(answer[7], 4) << "answer " << k;
+        EXPECT_EQ(answer[8], 2 * count) << "answer " << k;
+    }
+    ::close(s);
+    EXPECT_EQ(server->GetStatistics().requests, static_cast<std::uint64_t>(Together + 1));
+    EXPECT_EQ(server->GetStatistics().dropped, 0u);
 }
 
 TEST_F(ModbusServerTest, ConnectionsBeyondTheLimitAreRefusedAndTheOthersServed)

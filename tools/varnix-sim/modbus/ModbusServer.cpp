@@ -27,8 +27,10 @@ constexpr std::size_t HeaderBytes = 6;
 constexpr std::size_t MaxFrame = MODBUS_TCP_MAX_ADU_LENGTH;
 /// Values waiting for the next cycle; a request beyond it is answered "server busy".
 constexpr std::size_t MaxQueued = 4096;
-/// Requests answered for one connection before the others get their turn.
-constexpr int FramesPerTurn = 16;
+/// What one read from a connection takes in: two whole frames. Every whole frame read is answered
+/// before the other connections get their turn, so this also bounds a turn (at most 65 of the
+/// smallest frames).
+constexpr std::size_t ReceiveBytes = 2 * MaxFrame;
 
 std::uint16_t Word(const std::uint8_t* bytes) noexcept
 {
@@ -45,8 +47,9 @@ bool AllDigits(const std::string& text)
 
 struct Server::Client {
     int socket = -1;
+    /// Bytes received and not yet answered: whole frames, then the start of the next one.
     std::size_t filled = 0;
-    std::uint8_t frame[MaxFrame] = {};
+    std::uint8_t received[ReceiveBytes] = {};
 
     ~Client()
     {
@@ -242,47 +245,48 @@ void Server::Accept()
 
 bool Server::Receive(Client& client)
 {
-    for (int frames = 0; frames < FramesPerTurn;) {
-        std::size_t wanted = HeaderBytes;
-        if (client.filled >= HeaderBytes) {
-            wanted += Word(client.frame + 4);
-        }
-        ssize_t got = ::recv(client.socket, client.frame + client.filled, wanted - client.filled, 0);
-        if (got == 0) {
-            return false; // the client has gone, perhaps in the middle of a request
-        }
-        if (got < 0) {
-            return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
-        }
-        client.filled += static_cast<std::size_t>(got);
-        if (client.filled == HeaderBytes) {
-            // Protocol 0 and a length that holds a unit id and a function and fits a frame:
-            // anything else is no Modbus TCP, and the connection is closed.
-            std::uint16_t length = Word(client.frame + 4);
-            if (Word(client.frame + 2) != 0 || length < 2 || HeaderBytes + length > MaxFrame) {
-                dropped.fetch_add(1, std::memory_order_relaxed);
-                return false;
-            }
-        }
-        if (client.filled > HeaderBytes && client.filled == HeaderBytes + Word(client.frame + 4)) {
-            if (!Answer(client)) {
-                return false;
-            }
-            client.filled = 0;
-            ++frames;
-        }
+    // One read takes whatever the connection holds (a request, several, or part of one): a request
+    // costs one readiness wait, one read and one send.
+    ssize_t got = ::recv(client.socket, client.received + client.filled, ReceiveBytes - client.filled, 0);
+    if (got == 0) {
+        return false; // the client has gone, perhaps in the middle of a request
     }
+    if (got < 0) {
+        return errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR;
+    }
+    client.filled += static_cast<std::size_t>(got);
+    std::size_t at = 0;
+    while (client.filled - at >= HeaderBytes) {
+        const std::uint8_t* frame = client.received + at;
+        // Protocol 0 and a length that holds a unit id and a function and fits a frame: anything
+        // else is no Modbus TCP, and the connection is closed.
+        std::uint16_t length = Word(frame + 4);
+        if (Word(frame + 2) != 0 || length < 2 || HeaderBytes + length > MaxFrame) {
+            dropped.fetch_add(1, std::memory_order_relaxed);
+            return false;
+        }
+        if (client.filled - at < HeaderBytes + length) {
+            break;
+        }
+        if (!Answer(client, frame, HeaderBytes + length)) {
+            return false;
+        }
+        at += HeaderBytes + length;
+    }
+    // The start of a frame not yet whole waits for the rest at the front of the buffer.
+    std::memmove(client.received, client.received + at, client.filled - at);
+    client.filled -= at;
     return true;
 }
 
-bool Server::Answer(Client& client)
+bool Server::Answer(const Client& client, const std::uint8_t* frame, std::size_t size)
 {
     requests.fetch_add(1, std::memory_order_relaxed);
     auto* modbus = static_cast<modbus_t*>(context.get());
     modbus_set_socket(modbus, client.socket);
-    const std::uint8_t* pdu = client.frame + HeaderBytes + 1;
-    std::size_t pduLength = client.filled - HeaderBytes - 1;
-    std::uint8_t unit = client.frame[HeaderBytes];
+    const std::uint8_t* pdu = frame + HeaderBytes + 1;
+    std::size_t pduLength = size - HeaderBytes - 1;
+    std::uint8_t unit = frame[HeaderBytes];
     std::uint8_t exception = 0;
     if (unit != options.unitId && unit != 0 && unit != 255) {
         exception = MODBUS_EXCEPTION_GATEWAY_TARGET;
@@ -292,7 +296,7 @@ bool Server::Answer(Client& client)
     int sent = 0;
     if (exception != 0) {
         exceptions.fetch_add(1, std::memory_order_relaxed);
-        sent = modbus_reply_exception(modbus, client.frame, exception);
+        sent = modbus_reply_exception(modbus, frame, exception);
     } else {
         if (middle.load(std::memory_order_acquire) & Fresh) {
             front = middle.exchange(front, std::memory_order_acq_rel) & ~Fresh;
@@ -308,7 +312,7 @@ bool Server::Answer(Client& client)
         mapping.tab_input_registers = tables.inputRegisters.data();
         mapping.nb_registers = static_cast<int>(tables.holdingRegisters.size());
         mapping.tab_registers = tables.holdingRegisters.data();
-        sent = modbus_reply(modbus, client.frame, static_cast<int>(client.filled), &mapping);
+        sent = modbus_reply(modbus, frame, static_cast<int>(size), &mapping);
     }
     if (sent < 0) {
         dropped.fetch_add(1, std::memory_order_relaxed);

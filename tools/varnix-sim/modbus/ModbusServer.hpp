@@ -86,7 +86,8 @@ private:
     void Accept();
     /// False when the connection is to be closed.
     bool Receive(Client& client);
-    bool Answer(Client& client);
+    /// Answers one whole frame of `size` bytes received on `client`'s connection.
+    bool Answer(const Client& client, const std::uint8_t* frame, std::size_t size);
     /// 0 when the request can be answered, else the exception code. Queues the writes it holds.
     std::uint8_t Check(const std::uint8_t* pdu, std::size_t length);
     std::uint8_t CheckWrite(Table table, std::uint16_t address, std::uint16_t count, const std::uint8_t* data,
