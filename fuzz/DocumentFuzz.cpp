@@ -28,6 +28,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <unistd.h>
 #include <unordered_set>
 #include <vector>
@@ -75,9 +76,14 @@ public:
     {
         std::vector<xmlDoc*> documents;
         for (void* block : Candidates()) {
-            auto* document = static_cast<xmlDoc*>(block);
-            if (document->type == XML_DOCUMENT_NODE && document->doc == document) {
-                documents.push_back(document);
+            // A noted block may be anything of that size (a text, another record): its bytes are
+            // read as plain numbers, never as an `xmlElementType` that they may not hold.
+            std::underlying_type_t<xmlElementType> type;
+            void* self;
+            std::memcpy(&type, static_cast<const char*>(block) + offsetof(xmlDoc, type), sizeof(type));
+            std::memcpy(&self, static_cast<const char*>(block) + offsetof(xmlDoc, doc), sizeof(self));
+            if (type == XML_DOCUMENT_NODE && self == block) {
+                documents.push_back(static_cast<xmlDoc*>(block));
             }
         }
         bool was = watching;
