@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
+#include <utility>
 
 #include <fmt/format.h>
 #include <libxml/parser.h>
@@ -52,7 +53,7 @@ void Note(std::vector<OutlineElement>& elements, const xmlNode* node)
     for (const xmlAttr* attribute = node->properties; attribute != nullptr; attribute = attribute->next) {
         element.attributes.emplace_back(reinterpret_cast<const char*>(attribute->name));
     }
-    elements.push_back(element);
+    elements.push_back(std::move(element));
 }
 
 template <class Owner>
@@ -71,7 +72,7 @@ void ReadChildren(const xmlNode* node, Owner& owner, std::vector<OutlineElement>
             parameter.value = Get(attributes, "value", &parameter.hasValue);
             parameter.ref = Get(attributes, "ref", &parameter.hasRef);
             parameter.line = xmlGetLineNo(child);
-            owner.parameters.push_back(parameter);
+            owner.parameters.push_back(std::move(parameter));
         }
     }
 }
@@ -121,7 +122,7 @@ DocumentOutline ReadOutline(const std::string& path)
                     port.dimensions = Get(attributes, "dimensions", &port.hasDimensions);
                     port.line = xmlGetLineNo(portNode);
                     ReadChildren(portNode, port, outline.elements);
-                    program.ports.push_back(port);
+                    program.ports.push_back(std::move(port));
                 }
             } else if (Is(section, "Connectors")) {
                 for (const xmlNode* node = section->children; node != nullptr; node = node->next) {
@@ -136,11 +137,11 @@ DocumentOutline ReadOutline(const std::string& path)
                     connector.type = Get(attributes, "type");
                     connector.line = xmlGetLineNo(node);
                     ReadChildren(node, connector, outline.elements);
-                    program.connectors.push_back(connector);
+                    program.connectors.push_back(std::move(connector));
                 }
             }
         }
-        outline.programs.push_back(program);
+        outline.programs.push_back(std::move(program));
     }
     xmlFreeDoc(document);
     return outline;
