@@ -7,8 +7,11 @@
 #   STDOUT_REGEX    a regular expression standard output must match (optional)
 #   STDERR_REGEX    a regular expression standard error must match (optional)
 #   STDERR_LINES    the number of lines standard error must have (optional)
+#   the environment variable VARNIX_TEST_WRAPPER, when set, is a command (its words separated by
+#   ";") that runs the simulator, such as valgrind's memcheck (scripts/memcheck.py)
 string(REPLACE "|" ";" arguments "${ARGS}")
-execute_process(COMMAND "${SIM}" ${arguments}
+set(wrapper "$ENV{VARNIX_TEST_WRAPPER}")
+execute_process(COMMAND ${wrapper} "${SIM}" ${arguments}
                 WORKING_DIRECTORY "${WORKDIR}"
                 RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err
                 TIMEOUT 120)
