@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <stdexcept>
 
 #include "Zon/CommonTypeName.hpp"
@@ -92,12 +93,15 @@ Process::~Process()
 
 void Process::Start(const std::string& command)
 {
-    // The buffer stays allocated: that is the price of asking for the directory this way.
-    const char* directory = get_current_dir_name();
+    // The directory is copied into a string and the buffer that get_current_dir_name allocated is
+    // freed at once: starting a command takes no memory that outlives the call.
+    std::unique_ptr<char, void (*)(void*)> directory(get_current_dir_name(), &std::free);
     if (directory == nullptr) {
         throw std::logic_error("basic_string: construction from null is not valid");
     }
-    Start(command, std::string(directory));
+    std::string path(directory.get());
+    directory.reset();
+    Start(command, path);
 }
 
 void Process::Start(const std::string& command, const std::string& workingDirectory)

@@ -29,7 +29,6 @@ namespace VarnixBase::Core::Os {
 ///   three descriptors stay open unless the caller does more.
 /// - Writing to a child that no longer reads raises `SIGPIPE` in this process, which ends it unless
 ///   the signal is ignored or handled.
-/// - `Start(command)` leaks the small buffer of `get_current_dir_name` on every call.
 ///
 /// Failures are standard exceptions with fixed texts ("Failed to open StdIn", ...); `errno` is not
 /// part of the message. The constructor sets up the class logger, which needs the application
