@@ -20,17 +20,13 @@
 #include <string>
 #include <vector>
 
-#include "MotorRunningConnector.hpp"
-#include "MotorSpeedConnector.hpp"
 #include "MotorStatus.hpp"
-#include "MotorStatusPort.hpp"
+#include "MotorTypes.hpp"
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "VarnixBase/Core/Info/Info.hpp"
 #include "VarnixBase/Core/PortSystem/Factories/ConfigurableProgramBuilder.hpp"
-#include "VarnixBase/Core/PortSystem/Factories/ConnectorFactory.hpp"
 #include "VarnixBase/Core/PortSystem/GetCommonTypeName.hpp"
 #include "VarnixBase/Core/PortSystem/HostedProgram.hpp"
-#include "VarnixBase/Core/PortSystem/Factories/PortFactory.hpp"
 #include "VarnixBase/Core/QualitySystem/QualifiedValue.hpp"
 #include "VarnixBase/Core/QualitySystem/QualityTypeDescription.hpp"
 #include "Zon/CommonTypeName.hpp"
@@ -50,9 +46,7 @@
 namespace fs = std::filesystem;
 using namespace MotorApp;
 using VarnixBase::Commons::Meta::MetaInfoProvider;
-using VarnixBase::Core::PortSystem::ConnectorFactory;
 using VarnixBase::Core::PortSystem::HostedProgram;
-using VarnixBase::Core::PortSystem::PortFactory;
 using VarnixBase::Core::QualitySystem::QualifiedValue;
 
 namespace {
@@ -204,9 +198,7 @@ private:
         Zon::Host::Clock::UseVirtual(Zon::DateTime::FromUnixTimeMicroseconds(StartMicroseconds));
 
         // The application's port and connector types, under the names its document uses.
-        PortFactory::GetInstance().AddFactoryMethod<MotorStatusPort>("motorStatus");
-        ConnectorFactory::GetInstance().AddFactoryMethod<MotorSpeedConnector>("motorSpeed");
-        ConnectorFactory::GetInstance().AddFactoryMethod<MotorRunningConnector>("motorRunning");
+        AddMotorTypes();
 
         // The document goes where the library reads a program type's configuration.
         Zon::String directory = Zon::System::Commons::Io::Path::Combine(
@@ -220,12 +212,7 @@ private:
         // member, so that variable paths walk into them.
         library = std::make_unique<Zon::Host::TypeLibrary>("MotorApp", "MotorApp");
         VarnixBase::Core::QualitySystem::DescribeQualityTypes(*library);
-        library->AddStruct<MotorStatus>()
-            .Member("enabled", &MotorStatus::enabled)
-            .Member("fault", &MotorStatus::fault)
-            .Member("errorCode", &MotorStatus::errorCode)
-            .Member("speed", &MotorStatus::speed);
-        library->AddStruct<DriveAxis>().Member("status", &DriveAxis::status).Member("gearRatio", &DriveAxis::gearRatio);
+        DescribeMotorTypes(*library);
 
         // The application's component: "Drive/Axis1" is the structure `axis` in this process.
         drive = std::make_unique<Zon::Host::Component>("Drive", *library);

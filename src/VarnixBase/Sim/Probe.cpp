@@ -71,24 +71,41 @@ bool AsNumber(const T& value, long double& number)
     }
 }
 
-/// The probe's number and quality readers for a port of class `P`.
+/// The probe's quality readers for a port of class `P`, which `probe.object` points to.
+template <class P>
+void AddQualityReaders(const std::shared_ptr<P>& port, PortProbe& probe)
+{
+    probe.qualityOf = [](void* object, Quality& quality) {
+        quality = static_cast<P*>(object)->GetQuality();
+        return true;
+    };
+    std::weak_ptr<P> weak = port;
+    probe.quality = [weak](Quality& quality) {
+        auto locked = weak.lock();
+        if (!locked) {
+            return false;
+        }
+        quality = locked->GetQuality();
+        return true;
+    };
+}
+
+/// The probe's number and quality readers for a port of class `P`: plain functions of the port for
+/// checks on every cycle, and the same behind a lock of a weak pointer for everyone else.
 template <class P>
 void AddCheckReaders(const std::shared_ptr<P>& port, PortProbe& probe, bool withQuality)
 {
+    probe.object = port.get();
+    probe.numberOf = [](void* object, long double& number) {
+        return AsNumber(static_cast<P*>(object)->GetValue(), number);
+    };
     std::weak_ptr<P> weak = port;
     probe.number = [weak](long double& number) {
         auto locked = weak.lock();
         return locked && AsNumber(locked->GetValue(), number);
     };
     if (withQuality) {
-        probe.quality = [weak](Quality& quality) {
-            auto locked = weak.lock();
-            if (!locked) {
-                return false;
-            }
-            quality = locked->GetQuality();
-            return true;
-        };
+        AddQualityReaders(port, probe);
     }
 }
 
@@ -110,6 +127,7 @@ bool TryPlainAndQualified(const std::shared_ptr<IPort>& port, const std::int64_t
         probe.column = ColumnFor<T>(port->GetName().ToStdString());
         probe.column.hasQuality = true;
         probe.column.hasTimestamp = timestamp != nullptr;
+        probe.timestamp = timestamp;
         std::weak_ptr<QualifiedPort<T>> weak = qualified;
         probe.read = [weak, timestamp](TraceSample& sample) {
             if (auto locked = weak.lock()) {
@@ -273,14 +291,8 @@ PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* time
             sample.quality = QualityText(locked->GetQuality());
         }
     };
-    probe.quality = [weak](Quality& quality) {
-        auto locked = weak.lock();
-        if (!locked) {
-            return false;
-        }
-        quality = locked->GetQuality();
-        return true;
-    };
+    probe.object = port.get();
+    AddQualityReaders(port, probe);
     return probe;
 }
 

@@ -21,6 +21,16 @@ struct PortProbe {
     /// (false for ports without one). Both are false once the port is gone.
     std::function<bool(long double&)> number;
     std::function<bool(VarnixBase::Core::QualitySystem::Quality&)> quality;
+    /// The same two readers as plain functions of the port, for checks made on every cycle: no call
+    /// through `std::function`, no lock of a weak pointer, nothing allocated. `object` is the port
+    /// as its own class and is valid only while the port lives, so whoever calls them holds the port
+    /// (`Simulation::GetPorts`) for as long. Null where `number` or `quality` is empty.
+    void* object = nullptr;
+    bool (*numberOf)(void* object, long double& number) = nullptr;
+    bool (*qualityOf)(void* object, VarnixBase::Core::QualitySystem::Quality& quality) = nullptr;
+    /// The published time stamp of a qualified port (what `read` puts into `TraceSample::timestamp`),
+    /// or null.
+    const std::int64_t* timestamp = nullptr;
 };
 
 /// A probe for any port the library's factory makes. A port of a class the simulator does not know

@@ -1,5 +1,6 @@
 #include "VarnixBase/Sim/Scenario.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -27,7 +28,8 @@ namespace {
 /// How an expected time stamp was written, so that the actual one is shown alike.
 enum class TimeForm { SinceStart, SinceEpoch };
 
-/// One expectation, ready to be checked without parsing or formatting anything.
+/// One expectation, bound to its port's probe before the run, so that checking it parses, formats,
+/// locks and allocates nothing. Expectations with the same text in the same column share one.
 struct Check {
     std::size_t probe = 0; ///< index into the probes of the columns
     ExpectedField field = ExpectedField::Value;
@@ -36,13 +38,60 @@ struct Check {
     long double tolerance = 0;
     Quality quality;
     TimeForm timeForm = TimeForm::SinceStart;
+    /// The first expectation with this text in this column: what a failure says was expected.
     const Expectation* expectation = nullptr;
 };
 
 struct Compiled {
+    /// Every port of the program, held for the run: the probes' plain readers need them alive.
+    std::vector<std::shared_ptr<VarnixBase::Core::PortSystem::IPort>> ports;
     std::vector<PortProbe> probes; ///< one per column
-    std::vector<Check> checks;     ///< one per expectation, in the scenario's order
+    std::vector<Check> checks;     ///< one per distinct column and text
+    /// Per column, the entries in `checks` of its expectations in order, as runs of one entry: a
+    /// long scenario mostly expects again what it expected on the line before.
+    struct Run {
+        std::uint32_t check = 0;
+        std::uint32_t count = 0;
+    };
+    std::vector<std::vector<Run>> runs;
     std::uint64_t cycles = 0;
+
+    void Add(std::uint32_t column, std::uint32_t check)
+    {
+        auto& columnRuns = runs[column];
+        if (!columnRuns.empty() && columnRuns.back().check == check &&
+            columnRuns.back().count < std::numeric_limits<std::uint32_t>::max()) {
+            ++columnRuns.back().count;
+        } else {
+            columnRuns.push_back({check, 1});
+        }
+    }
+};
+
+/// Walks the runs of `Compiled` column by column, in the order of the scenario's expectations.
+class CheckCursor {
+public:
+    explicit CheckCursor(const Compiled& compiled) : compiled(compiled), positions(compiled.runs.size()) {}
+
+    /// The check of the next expectation in `column`.
+    const Check& Next(std::uint32_t column)
+    {
+        auto& position = positions[column];
+        const auto& run = compiled.runs[column][position.run];
+        if (++position.used == run.count) {
+            ++position.run;
+            position.used = 0;
+        }
+        return compiled.checks[run.check];
+    }
+
+private:
+    struct Position {
+        std::size_t run = 0;
+        std::uint32_t used = 0;
+    };
+    const Compiled& compiled;
+    std::vector<Position> positions;
 };
 
 [[noreturn]] void Refuse(const Scenario& scenario, long line, const std::string& message)
@@ -257,6 +306,7 @@ Compiled Compile(const Simulation& simulation, const Scenario& scenario, const S
 {
     Compiled compiled;
     simulation.CheckStimuli(scenario.stimuli);
+    compiled.ports = simulation.GetPorts();
     for (const auto& column : scenario.columns) {
         std::string origin = fmt::format("{}:{}", scenario.file, scenario.headerLine);
         compiled.probes.push_back(simulation.GetProbe(column.port, origin));
@@ -273,8 +323,11 @@ Compiled Compile(const Simulation& simulation, const Scenario& scenario, const S
         }
     }
     std::uint64_t first = simulation.GetCycle() + 1;
-    std::vector<std::unordered_map<std::string, Check>> parsed(scenario.columns.size());
-    compiled.checks.reserve(scenario.expectations.size());
+    // Literals are parsed once per column and text: a long scenario repeats its values, mostly
+    // those of the line before, so the column's last check is tried before its table.
+    std::vector<std::unordered_map<std::string, std::uint32_t>> parsed(scenario.columns.size());
+    std::vector<std::uint32_t> lastCheck(scenario.columns.size(), std::numeric_limits<std::uint32_t>::max());
+    compiled.runs.resize(scenario.columns.size());
     for (const auto& row : scenario.rows) {
         if (row.cycle < first) {
             Refuse(scenario, row.line,
@@ -284,11 +337,16 @@ Compiled Compile(const Simulation& simulation, const Scenario& scenario, const S
             const auto& expectation = scenario.expectations[i];
             const auto& column = scenario.columns[expectation.column];
             const auto& probe = compiled.probes[expectation.column];
-            // Literals are parsed once per column and text: a long scenario repeats its values.
+            std::uint32_t& last = lastCheck[expectation.column];
+            if (last != std::numeric_limits<std::uint32_t>::max() &&
+                compiled.checks[last].expectation->text == expectation.text) {
+                compiled.Add(expectation.column, last);
+                continue;
+            }
             auto known = parsed[expectation.column].find(expectation.text);
             if (known != parsed[expectation.column].end()) {
-                compiled.checks.push_back(known->second);
-                compiled.checks.back().expectation = &expectation;
+                last = known->second;
+                compiled.Add(expectation.column, last);
                 continue;
             }
             Check check;
@@ -346,8 +404,10 @@ Compiled Compile(const Simulation& simulation, const Scenario& scenario, const S
                 break;
             }
             }
+            last = static_cast<std::uint32_t>(compiled.checks.size());
             compiled.checks.push_back(check);
-            parsed[expectation.column].emplace(expectation.text, check);
+            compiled.Add(expectation.column, last);
+            parsed[expectation.column].emplace(expectation.text, last);
         }
     }
     std::uint64_t done = simulation.GetCycle();
@@ -379,34 +439,32 @@ std::string TimeText(std::int64_t micros, TimeForm form, std::int64_t start)
     return since % 1000 == 0 ? fmt::format("T#{}ms", since / 1000) : fmt::format("T#{}us", since);
 }
 
-/// Checks one expectation; on failure appends what was expected and what the port holds.
-void Verify(const Check& check, PortProbe& probe, TraceSample& sample, std::int64_t start, std::size_t row,
-            const Scenario& scenario, ScenarioResult& result)
+/// Whether the port holds what `check` expects, through the probe's plain readers.
+bool Holds(const Check& check, const PortProbe& probe, TraceSample& sample)
 {
-    bool passed = false;
     switch (check.field) {
     case ExpectedField::Value:
-        if (check.kind == ValueKind::Text || !probe.number) {
+        if (check.kind == ValueKind::Text || probe.numberOf == nullptr) {
             probe.read(sample);
-            passed = sample.value == check.expectation->text;
+            return sample.value == check.expectation->text;
         } else {
             long double actual = 0;
-            passed = probe.number(actual) && std::fabs(actual - check.value) <= check.tolerance;
+            return probe.numberOf(probe.object, actual) && std::fabs(actual - check.value) <= check.tolerance;
         }
-        break;
     case ExpectedField::Quality: {
         Quality actual;
-        passed = probe.quality(actual) && actual == check.quality;
-        break;
+        return probe.qualityOf(probe.object, actual) && actual == check.quality;
     }
     case ExpectedField::Time:
-        probe.read(sample);
-        passed = std::fabs(static_cast<long double>(sample.timestamp) - check.value) <= check.tolerance;
-        break;
+        return std::fabs(static_cast<long double>(*probe.timestamp) - check.value) <= check.tolerance;
     }
-    if (passed) {
-        return;
-    }
+    return false;
+}
+
+/// Appends what `check` expected and what the port holds instead.
+void Fail(const Check& check, const PortProbe& probe, TraceSample& sample, std::int64_t start, std::size_t row,
+          const Scenario& scenario, ScenarioResult& result)
+{
     probe.read(sample);
     ExpectationFailure failure;
     failure.row = row;
@@ -426,6 +484,11 @@ void Verify(const Check& check, PortProbe& probe, TraceSample& sample, std::int6
     result.failures.push_back(std::move(failure));
 }
 
+/// The clock is read at a row when this many cycles or more ran since its last reading, and at the
+/// last row; the rows in between share the time of the span by their cycles. A reading costs about
+/// as much as a small program's cycle, and JUnit's time of one row of one cycle says little.
+constexpr std::uint64_t CyclesPerClockReading = 64;
+
 } // namespace
 
 void CheckScenario(const Simulation& simulation, const Scenario& scenario, const ScenarioOptions& options)
@@ -440,14 +503,52 @@ ScenarioResult RunScenario(Simulation& simulation, const Scenario& scenario, con
 
     ScenarioResult result;
     result.file = scenario.file;
-    result.rows.reserve(scenario.rows.size());
+    for (const auto& column : scenario.columns) {
+        result.columnNames.push_back(column.name);
+    }
     const std::int64_t start = simulation.GetStartMicroseconds();
     TraceSample sample;
+    CheckCursor cursor(compiled);
     std::size_t next = 0;
-    std::size_t nextCheck = 0;
     using Clock = std::chrono::steady_clock;
-    auto started = Clock::now();
-    auto last = started;
+    auto last = Clock::now();
+    std::uint64_t lastReading = simulation.GetCycle();
+    result.rows.Start(lastReading);
+    auto readClock = [&](std::uint64_t cycle) {
+        auto now = Clock::now();
+        result.rows.Time(cycle, std::chrono::duration<double>(now - last).count());
+        lastReading = cycle;
+        last = now;
+    };
+    // The columns a row checks, as an entry of `result.columnSets`: the previous row's when they
+    // are the same (a new list is the only thing a row may allocate).
+    auto columnSetOf = [&](const ExpectationRow& row, std::uint32_t previous) -> std::uint32_t {
+        auto matches = [&](const std::vector<std::uint32_t>& set) {
+            if (set.size() != row.count) {
+                return false;
+            }
+            for (std::size_t k = 0; k < row.count; ++k) {
+                if (set[k] != scenario.expectations[row.first + k].column) {
+                    return false;
+                }
+            }
+            return true;
+        };
+        if (previous < result.columnSets.size() && matches(result.columnSets[previous])) {
+            return previous;
+        }
+        for (std::size_t set = 0; set < result.columnSets.size(); ++set) {
+            if (matches(result.columnSets[set])) {
+                return static_cast<std::uint32_t>(set);
+            }
+        }
+        auto& added = result.columnSets.emplace_back();
+        for (std::size_t k = 0; k < row.count; ++k) {
+            added.push_back(scenario.expectations[row.first + k].column);
+        }
+        return static_cast<std::uint32_t>(result.columnSets.size() - 1);
+    };
+    std::uint32_t columnSet = std::numeric_limits<std::uint32_t>::max();
 
     Simulation::RunOptions run;
     run.cycles = compiled.cycles - simulation.GetCycle();
@@ -464,37 +565,105 @@ ScenarioResult RunScenario(Simulation& simulation, const Scenario& scenario, con
             verdict.expectations = row.count;
             verdict.first = row.first;
             verdict.firstFailure = result.failures.size();
-            for (std::size_t i = 0; i < row.count; ++i) {
-                const auto& check = compiled.checks[nextCheck++];
-                Verify(check, compiled.probes[check.probe], sample, start, next, scenario, result);
+            for (std::size_t i = row.first; i < row.first + row.count; ++i) {
+                const auto& check = cursor.Next(scenario.expectations[i].column);
+                const auto& probe = compiled.probes[check.probe];
+                if (!Holds(check, probe, sample)) {
+                    Fail(check, probe, sample, start, next, scenario, result);
+                }
             }
             verdict.failureCount = result.failures.size() - verdict.firstFailure;
-            auto now = Clock::now();
-            verdict.seconds = std::chrono::duration<double>(now - last).count();
-            last = now;
-            result.rows.push_back(verdict);
+            columnSet = columnSetOf(row, columnSet);
+            verdict.columnSet = columnSet;
+            result.rows.Append(verdict);
             ++next;
+            if (cycle - lastReading >= CyclesPerClockReading || next == scenario.rows.size()) {
+                readClock(cycle);
+            }
         };
     }
     result.summary = simulation.Run(run);
+    if (result.rows.Untimed() > 0) {
+        readClock(result.rows.back().cycle);
+    }
     result.cycles = simulation.GetCycle();
     result.seconds = result.summary.wallSeconds;
     result.expectations = scenario.expectations.size();
-    for (const auto& column : scenario.columns) {
-        result.columnNames.push_back(column.name);
-    }
-    result.rowColumns.reserve(scenario.expectations.size());
-    for (const auto& expectation : scenario.expectations) {
-        result.rowColumns.push_back(expectation.column);
-    }
     return result;
+}
+
+RowResult RowResults::WithoutTime(std::size_t index) const
+{
+    auto stretch = std::upper_bound(stretches.begin(), stretches.end(), index,
+                                    [](std::size_t row, const Stretch& s) { return row < s.firstRow; });
+    const Stretch& found = *(stretch - 1);
+    const std::size_t offset = index - found.firstRow;
+    RowResult row = found.first;
+    row.cycle += offset;
+    row.line += static_cast<long>(offset);
+    row.first += offset * row.expectations;
+    return row;
+}
+
+RowResult RowResults::operator[](std::size_t index) const
+{
+    RowResult row = WithoutTime(index);
+    auto span = std::upper_bound(spans.begin(), spans.end(), index,
+                                 [](std::size_t r, const Span& s) { return r < s.endRow; });
+    if (span == spans.end()) {
+        return row; // not timed yet
+    }
+    const std::size_t spanFirst = span == spans.begin() ? 0 : (span - 1)->endRow;
+    const std::uint64_t previous = index == spanFirst ? span->startCycle : WithoutTime(index - 1).cycle;
+    row.seconds = span->seconds * (static_cast<double>(row.cycle - previous) /
+                                   static_cast<double>(span->endCycle - span->startCycle));
+    return row;
+}
+
+void RowResults::Append(const RowResult& row)
+{
+    if (!stretches.empty()) {
+        Stretch& last = stretches.back();
+        const std::size_t offset = last.rows;
+        if (last.first.failureCount == 0 && row.failureCount == 0 && row.cycle == last.first.cycle + offset &&
+            row.line == last.first.line + static_cast<long>(offset) && row.expectations == last.first.expectations &&
+            row.first == last.first.first + offset * last.first.expectations &&
+            row.columnSet == last.first.columnSet && row.firstFailure == last.first.firstFailure) {
+            ++last.rows;
+            ++count;
+            return;
+        }
+    }
+    Stretch stretch;
+    stretch.firstRow = count;
+    stretch.rows = 1;
+    stretch.first = row;
+    stretch.first.seconds = 0;
+    stretches.push_back(stretch);
+    ++count;
+}
+
+void RowResults::Time(std::uint64_t cycle, double seconds)
+{
+    if (Untimed() == 0) {
+        return;
+    }
+    Span span;
+    span.endRow = count;
+    span.startCycle = spans.empty() ? spanStart : spans.back().endCycle;
+    span.endCycle = cycle;
+    span.seconds = seconds;
+    spans.push_back(span);
 }
 
 std::string RowName(const ScenarioResult& result, const RowResult& row)
 {
     std::string name = fmt::format("line {} (cycle {}):", row.line, row.cycle);
-    for (std::size_t i = row.first; i < row.first + row.expectations && i < result.rowColumns.size(); ++i) {
-        name += (i == row.first ? " " : ", ") + result.columnNames[result.rowColumns[i]];
+    if (row.columnSet < result.columnSets.size()) {
+        const auto& columns = result.columnSets[row.columnSet];
+        for (std::size_t k = 0; k < columns.size(); ++k) {
+            name += (k == 0 ? " " : ", ") + result.columnNames[columns[k]];
+        }
     }
     return name;
 }
@@ -574,10 +743,11 @@ void WriteJUnit(std::ostream& out, const std::vector<ScenarioResult>& results)
 {
     std::size_t tests = 0, failures = 0;
     double seconds = 0;
+    // Failures come in the order of their rows.
     auto failedRows = [](const ScenarioResult& result) {
         std::size_t count = 0;
-        for (const auto& row : result.rows) {
-            count += row.failureCount > 0 ? 1 : 0;
+        for (std::size_t f = 0; f < result.failures.size(); ++f) {
+            count += f == 0 || result.failures[f].row != result.failures[f - 1].row ? 1 : 0;
         }
         return count;
     };
@@ -598,8 +768,7 @@ void WriteJUnit(std::ostream& out, const std::vector<ScenarioResult>& results)
         out << fmt::format("    <properties>\n      <property name=\"cycles\" value=\"{}\"/>\n"
                            "      <property name=\"expectations\" value=\"{}\"/>\n    </properties>\n",
                            result.cycles, result.expectations);
-        for (std::size_t r = 0; r < result.rows.size(); ++r) {
-            const auto& row = result.rows[r];
+        for (const RowResult row : result.rows) {
             std::string name = RowName(result, row);
             out << fmt::format("    <testcase classname=\"{}\" name=\"{}\" time=\"{:.6f}\"", classname, XmlText(name),
                                row.seconds);

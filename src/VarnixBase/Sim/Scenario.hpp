@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -71,7 +73,7 @@ Scenario LoadScenario(const std::string& path);
 
 /// An expectation that did not hold.
 struct ExpectationFailure {
-    std::size_t row = 0; ///< index into `Scenario::rows`
+    std::size_t row = 0; ///< index into `Scenario::rows` and `ScenarioResult::rows`
     std::string column;  ///< "level.quality"
     std::string expected;
     std::string actual;
@@ -82,13 +84,88 @@ struct RowResult {
     std::uint64_t cycle = 0;
     long line = 0;
     std::size_t expectations = 0;
-    /// The row's first expectation: `ScenarioResult::rowColumns[first]`.
+    /// The row's first expectation: its index in `Scenario::expectations`.
     std::size_t first = 0;
+    /// The columns of the row's expectations, in order: `ScenarioResult::columnSets[columnSet]`.
+    std::uint32_t columnSet = 0;
     /// The failures of this row: `ScenarioResult::failures[firstFailure, firstFailure + failureCount)`.
     std::size_t firstFailure = 0;
     std::size_t failureCount = 0;
-    /// Wall time from the previous row's check (or the run's start) to this one's, in seconds.
+    /// Wall time from the previous row's check (or the run's start) to this one's, in seconds. The
+    /// clock is read at a row 64 or more cycles after its previous reading, and at the last row;
+    /// rows closer together share the time between two readings in proportion to their cycles.
     double seconds = 0;
+};
+
+/// The verdicts on the rows of a run, in the rows' order; each comes out as a `RowResult`. They are
+/// kept in stretches, not row by row: rows that follow each other cycle by cycle and line by line
+/// with the same columns and no failure make one stretch, and each reading of the clock one span.
+/// So a run of a million rows that pass keeps a few records, not a million (fresh memory for one
+/// record per row costs more than the run's cycles).
+class RowResults {
+public:
+    std::size_t size() const noexcept { return count; }
+    bool empty() const noexcept { return count == 0; }
+    /// The verdict on row `index` (below `size()`).
+    RowResult operator[](std::size_t index) const;
+    RowResult back() const { return (*this)[count - 1]; }
+
+    class const_iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = RowResult;
+        using difference_type = std::ptrdiff_t;
+        using pointer = void;
+        using reference = RowResult;
+
+        RowResult operator*() const { return (*rows)[index]; }
+        const_iterator& operator++()
+        {
+            ++index;
+            return *this;
+        }
+        bool operator==(const const_iterator& other) const noexcept { return index == other.index; }
+
+    private:
+        friend class RowResults;
+        const_iterator(const RowResults* rows, std::size_t index) : rows(rows), index(index) {}
+        const RowResults* rows = nullptr;
+        std::size_t index = 0;
+    };
+    const_iterator begin() const noexcept { return {this, 0}; }
+    const_iterator end() const noexcept { return {this, count}; }
+
+    /// The cycle from which the first reading of the clock counts (the cycle before the run's first).
+    void Start(std::uint64_t cycle) noexcept { spanStart = cycle; }
+    /// Appends the verdict on the next row; its `seconds` come from the readings of the clock.
+    void Append(const RowResult& row);
+    /// A reading of the clock after the row of `cycle`: the rows appended since the previous reading
+    /// took `seconds`, which they share in proportion to the cycles from each one's predecessor.
+    void Time(std::uint64_t cycle, double seconds);
+    /// Rows appended since the last reading of the clock.
+    std::size_t Untimed() const noexcept { return count - (spans.empty() ? 0 : spans.back().endRow); }
+
+private:
+    /// Rows `firstRow` on, `rows` of them: the first as given, each further one a cycle, a line and
+    /// a row's expectations after the one before, with no failure.
+    struct Stretch {
+        std::size_t firstRow = 0;
+        std::size_t rows = 0;
+        RowResult first;
+    };
+    /// The rows before `endRow` (and after the previous span's) ran from `startCycle` to `endCycle`.
+    struct Span {
+        std::size_t endRow = 0;
+        std::uint64_t startCycle = 0;
+        std::uint64_t endCycle = 0;
+        double seconds = 0;
+    };
+    RowResult WithoutTime(std::size_t index) const;
+
+    std::vector<Stretch> stretches;
+    std::vector<Span> spans;
+    std::size_t count = 0;
+    std::uint64_t spanStart = 0;
 };
 
 struct ScenarioResult {
@@ -96,11 +173,12 @@ struct ScenarioResult {
     std::uint64_t cycles = 0;
     double seconds = 0;
     std::size_t expectations = 0;
-    std::vector<RowResult> rows;
+    RowResults rows;
     std::vector<ExpectationFailure> failures;
-    /// The names of the scenario's `expect` columns, and the column of each expectation in order.
+    /// The names of the scenario's `expect` columns, and each distinct list of the columns that a
+    /// row checks, by index into `columnNames`.
     std::vector<std::string> columnNames;
-    std::vector<std::uint32_t> rowColumns;
+    std::vector<std::vector<std::uint32_t>> columnSets;
     /// The summary of the scenario's run, as `Simulation::Run` gave it.
     Simulation::Summary summary;
 

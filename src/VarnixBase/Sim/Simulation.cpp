@@ -23,6 +23,7 @@
 #include "Zon/Host/PortPublisher.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/Host/TypeLibrary.hpp"
+#include "Zon/Plc/Commons/DataType.hpp"
 #include "Zon/Plc/Commons/Meta/TypeSystem/TypeDomain.hpp"
 #include "Zon/System/Commons/Io/Path.hpp"
 
@@ -145,6 +146,28 @@ struct Simulation::Impl {
         return port;
     }
 
+    /// The published variable of the port named `name`, or of a member of a port whose value is a
+    /// structure ("motor.speed": the member `speed` of the port "motor").
+    Zon::Plc::Commons::Meta::DataInfo Variable(const std::string& name, const std::string& origin) const
+    {
+        std::shared_ptr<IPort> port;
+        auto& ports = hosted->GetProgram().GetPortProvider();
+        if (ports.TryGetPort(Zon::String(name), port)) {
+            return Resolve(PortPath(port));
+        }
+        std::size_t dot = name.find('.');
+        if (dot == std::string::npos || !ports.TryGetPort(Zon::String(name.substr(0, dot)), port)) {
+            throw UsageError(fmt::format("{}: the program has no port '{}'", origin, name));
+        }
+        // The data browser answers an unknown member with data type 0 (and still an address).
+        auto member = Resolve(PortPath(port) + name.substr(dot));
+        if (member.address == nullptr || member.dataType == 0) {
+            throw UsageError(fmt::format("{}: port '{}' has no member '{}'", origin, name.substr(0, dot),
+                                         name.substr(dot + 1)));
+        }
+        return member;
+    }
+
     /// A probe with the port's published time stamp, when it has one.
     PortProbe Probe(const std::shared_ptr<IPort>& port) const
     {
@@ -160,9 +183,11 @@ struct Simulation::Impl {
     /// memory, so that a bad one stops the run before its first cycle.
     PreparedStimulus Prepare(const StimulusEntry& entry) const
     {
-        auto variable = Resolve(PortPath(FindPort(entry.port, entry.origin)));
+        auto variable = Variable(entry.port, entry.origin);
         alignas(16) unsigned char scratch[4096] = {};
-        if (variable.address != nullptr) {
+        const auto base = variable.dataType & Zon::Plc::Commons::DataTypeBaseMask;
+        if (variable.address != nullptr && (base == Zon::Plc::Commons::DataTypeEnum::StaticString ||
+                                            base == Zon::Plc::Commons::DataTypeEnum::StaticWString)) {
             std::memcpy(scratch, variable.address, 4); // a fixed string's capacity and length
         }
         auto trial = variable;
@@ -227,6 +252,9 @@ Simulation::Simulation(const SimulationOptions& options) : impl(std::make_unique
     std::string componentName = options.instance.substr(0, slash);
     impl->library = std::make_unique<Zon::Host::TypeLibrary>(componentName, componentName);
     VarnixBase::Core::QualitySystem::DescribeQualityTypes(*impl->library);
+    if (options.describeTypes) {
+        options.describeTypes(*impl->library);
+    }
     impl->publisher = std::make_unique<Zon::Host::PortPublisher>(*impl->library);
     impl->hosted = std::make_unique<HostedProgram>(Zon::String(options.instance), Zon::String(impl->type), impl->domain);
     impl->component = &impl->hosted->Publish(*impl->publisher);
@@ -327,7 +355,7 @@ void Simulation::AddStimuli(const std::vector<StimulusEntry>& entries)
 void Simulation::Set(const std::string& port, const std::string& literal)
 {
     std::string origin = port + "=" + literal;
-    WriteLiteral(impl->Resolve(impl->PortPath(impl->FindPort(port, origin))), literal, origin);
+    WriteLiteral(impl->Variable(port, origin), literal, origin);
 }
 
 TraceSample Simulation::Read(const std::string& port) const

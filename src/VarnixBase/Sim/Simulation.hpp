@@ -18,6 +18,10 @@
 #include "Zon/System/Commons/Diagnostics/Logging/LogLevel.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/LogSink.hpp"
 
+namespace Zon::Host {
+class TypeLibrary;
+}
+
 namespace VarnixBase::Sim {
 
 struct SimulationOptions {
@@ -38,6 +42,12 @@ struct SimulationOptions {
     /// attributes to the document's lines). Without it the library formats only the lines that the
     /// console shows, which makes the start-up of a large program several times faster.
     bool captureLog = true;
+    /// Describes the application's own types to the simulated controller's type library before the
+    /// program is built, as the application does on the controller: the structures its port types
+    /// publish, member by member, so that their variables and members resolve ("App/Main.motor.speed").
+    /// None when empty. The application's port and connector types must be in their factories by
+    /// then; this is a place to add them, as the host runtime is up.
+    std::function<void(Zon::Host::TypeLibrary& library)> describeTypes;
 };
 
 /// Time on the virtual clock at the start of every simulated run: 2026-01-01T00:00:00Z.
@@ -93,8 +103,10 @@ public:
     void CheckStimuli(const std::vector<StimulusEntry>& entries) const;
 
     /// Writes `literal` into the published memory of the port named `port` now, as the controller
-    /// writes it between cycles (an IEC 61131-3 literal, or the text for a string port). Throws
-    /// `UsageError` for an unknown port or a literal that does not fit the port's type.
+    /// writes it between cycles (an IEC 61131-3 literal, or the text for a string port). A port whose
+    /// value is a structure is written member by member: "motor.speed" is the member `speed` of the
+    /// port "motor" (stimuli name them alike). Throws `UsageError` for an unknown port or member, or
+    /// a literal that does not fit the type.
     void Set(const std::string& port, const std::string& literal);
     /// What the port named `port` holds now, as the trace shows it. Throws `UsageError` for an
     /// unknown port.

@@ -163,3 +163,49 @@ TEST_F(Probes, ALiteralOutsideTheTypeIsRefusedWithItsOrigin)
     EXPECT_THROW(WriteLiteral(Resolve("App/Main.small"), "abc", "x"), UsageError);
     EXPECT_EQ(small->GetValue(), 7);
 }
+
+TEST_F(Probes, ThePlainReadersForChecksReadWhatTheLockingReadersRead)
+{
+    auto count = std::make_shared<Port<signed char>>("count", 1);
+    auto level = std::make_shared<QualifiedPort<double>>("level", 1);
+    auto raw = std::make_shared<AnalogInPort>("raw", 1);
+    auto text = std::make_shared<Port<StaticString<80, char>>>("text", 1);
+    for (auto port : std::vector<std::shared_ptr<IPort>>{count, level, raw, text}) {
+        program->GetPortProvider().AddPort(port);
+    }
+    Publish();
+    Zon::Host::Clock::UseVirtual(Zon::DateTime::FromUnixTimeMicroseconds(5000));
+    count->SetValue(-3);
+    level->SetValue(12.5);
+    WriteLiteral(Resolve("App/Main.raw"), "16#8001", "t");
+    program->Execute();
+
+    auto countProbe = MakeProbe(count);
+    long double number = 0;
+    ASSERT_NE(countProbe.numberOf, nullptr);
+    EXPECT_EQ(countProbe.object, count.get());
+    EXPECT_TRUE(countProbe.numberOf(countProbe.object, number));
+    EXPECT_EQ(number, -3);
+    EXPECT_EQ(countProbe.qualityOf, nullptr); // a plain port has no quality
+    EXPECT_EQ(countProbe.timestamp, nullptr);
+
+    auto timestamp = static_cast<const std::int64_t*>(Resolve("App/Main.level.Timestamp").address);
+    auto levelProbe = MakeProbe(level, timestamp);
+    EXPECT_TRUE(levelProbe.numberOf(levelProbe.object, number));
+    EXPECT_EQ(number, 12.5);
+    EXPECT_EQ(levelProbe.timestamp, timestamp);
+
+    auto rawProbe = MakeProbe(raw);
+    Quality plain, locked;
+    ASSERT_NE(rawProbe.qualityOf, nullptr);
+    EXPECT_TRUE(rawProbe.qualityOf(rawProbe.object, plain));
+    EXPECT_TRUE(rawProbe.quality(locked));
+    EXPECT_EQ(plain, locked);
+    EXPECT_EQ(QualityText(plain), "Bad Overrange");
+    EXPECT_TRUE(rawProbe.numberOf(rawProbe.object, number));
+    EXPECT_EQ(number, 32769);
+
+    auto textProbe = MakeProbe(text);
+    EXPECT_FALSE(textProbe.numberOf(textProbe.object, number)); // text is compared as text
+    EXPECT_FALSE(textProbe.number(number));
+}

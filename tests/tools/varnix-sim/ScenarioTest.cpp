@@ -154,3 +154,27 @@ TEST_F(ScenarioTest, TheJUnitReportEscapesMarkupAndReplacesWhatXmlCannotHold)
     EXPECT_NE(xml.find("<testcase classname=\"s\" name=\"line 2 (cycle 1): label\""), std::string::npos);
     EXPECT_EQ(xml.find('\x01'), std::string::npos);
 }
+
+TEST_F(ScenarioTest, RowsCloseTogetherShareTheirSpansTimeByTheirCyclesAndFarOnesAreTimedAlone)
+{
+    auto run = [&](const std::string& text) {
+        Simulation simulation(Options()); // one simulation in the process at a time
+        return RunScenario(simulation, ParseScenario(text, "s.csv"));
+    };
+    auto result = run("cycle,raw,expect display\n1,2500,25\n2,,25\n4,,25\n500,,25\n");
+    ASSERT_TRUE(result.Passed());
+    ASSERT_EQ(result.rows.size(), 4u);
+    // Cycles 1, 2 and 4 lie within one reading of the clock, taken at cycle 500 together with the
+    // last row's: they share its span by their cycles, 1 : 1 : 2 : 496.
+    EXPECT_GT(result.rows[3].seconds, 0);
+    EXPECT_DOUBLE_EQ(result.rows[0].seconds, result.rows[1].seconds);
+    EXPECT_DOUBLE_EQ(result.rows[2].seconds, 2 * result.rows[0].seconds);
+    EXPECT_DOUBLE_EQ(result.rows[3].seconds, 496 * result.rows[0].seconds);
+
+    result = run("cycle,raw,expect display\n1,2500,25\n100,,25\n101,,25\n");
+    ASSERT_EQ(result.rows.size(), 3u);
+    // Cycle 100 is 64 or more cycles after the start: the clock is read there, and again at the
+    // last row, which is timed alone.
+    EXPECT_DOUBLE_EQ(result.rows[1].seconds, 99 * result.rows[0].seconds);
+    EXPECT_GT(result.rows[2].seconds, 0);
+}
