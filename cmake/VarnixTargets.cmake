@@ -54,14 +54,19 @@ function(varnix_add_library target)
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endfunction()
 
-# varnix_add_test(<target> SOURCES <files>... [LINK <libs>...])
+# varnix_add_test(<target> SOURCES <files>... [LINK <libs>...] [FILTER <gtest filter>])
 # A GoogleTest executable whose tests are registered with CTest one by one, so that each test
-# runs in a process of its own (process-wide singletons start fresh for every test).
+# runs in a process of its own (process-wide singletons start fresh for every test). FILTER
+# registers only the tests that the GoogleTest filter expression selects.
 function(varnix_add_test target)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "" "FILTER" "SOURCES;LINK" ${ARGN})
   add_executable(${target} ${ARG_SOURCES})
   target_link_libraries(${target} PRIVATE ${ARG_LINK} GTest::gtest GTest::gmock varnix_build_flags)
-  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+  set(filter)
+  if(ARG_FILTER)
+    set(filter TEST_FILTER "${ARG_FILTER}")
+  endif()
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 ${filter}
     PROPERTIES TIMEOUT 120)
 endfunction()
 

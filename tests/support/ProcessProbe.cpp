@@ -98,9 +98,32 @@ std::vector<pid_t> ChildProcesses()
     return children;
 }
 
-std::size_t CountThreads()
+std::set<pid_t> ThreadIds()
 {
-    return DirectoryNames("/proc/self/task", nullptr).size();
+    std::set<pid_t> ids;
+    for (const std::string& name : DirectoryNames("/proc/self/task", nullptr)) {
+        if (IsNumber(name)) {
+            ids.insert(static_cast<pid_t>(std::atoi(name.c_str())));
+        }
+    }
+    return ids;
+}
+
+ThreadCensus::ThreadCensus()
+{
+    std::thread([] {}).join();
+    before = ThreadIds();
+}
+
+std::set<pid_t> ThreadCensus::NewThreads() const
+{
+    std::set<pid_t> added;
+    for (pid_t id : ThreadIds()) {
+        if (before.count(id) == 0) {
+            added.insert(id);
+        }
+    }
+    return added;
 }
 
 char ProcessState(pid_t pid)

@@ -20,8 +20,24 @@ std::set<int> OpenDescriptors();
 /// The processes whose parent is this process, zombies included (read from /proc).
 std::vector<pid_t> ChildProcesses();
 
-/// The number of threads of this process (entries of /proc/self/task).
-std::size_t CountThreads();
+/// The ids of the threads of this process now (entries of /proc/self/task).
+std::set<pid_t> ThreadIds();
+
+/// Tells which threads a test started and left behind. Make it before the test starts threads of
+/// its own: it takes the threads that are there, after it has started and joined one thread of its
+/// own first. A runtime that adds a thread of its own beside the first thread a process starts
+/// (ThreadSanitizer's background thread) has done so by then, so such a thread is never taken for
+/// one of the test's, and the same assertions hold in every build.
+class ThreadCensus {
+public:
+    ThreadCensus();
+
+    /// The threads there now that were not there when this census was made.
+    std::set<pid_t> NewThreads() const;
+
+private:
+    std::set<pid_t> before;
+};
 
 /// The state letter of a process from /proc/<pid>/stat ('R', 'S', 'Z', ...), or 0 when there is
 /// no such process.

@@ -150,7 +150,12 @@ int Command::Execute(const std::string& command, std::chrono::milliseconds timeo
     }
 
     Thread::SetAsynchronousCancelability(true);
-    thread->Start();
+    {
+        // `Cancel` on another thread asks the held thread whether it runs; the thread mutex orders
+        // that question after what `Start` records.
+        std::lock_guard<std::mutex> threadLock(impl->threadMutex);
+        thread->Start();
+    }
 
     const Clock::time_point deadline = Deadline(Clock::now(), timeout);
     const timespec until = ToTimespec(deadline);

@@ -33,9 +33,9 @@ namespace VarnixBase::Core::Os {
 ///   time-limited `Execute` or the destruction of the object.
 ///
 /// Locks: the time-limited `Execute` holds the execute mutex from entry to exit (released only
-/// inside the wait), and takes the thread mutex inside it to store or end the command thread;
-/// `Cancel` takes only the thread mutex, so another thread can call it during a long wait. Calling
-/// `Execute` on one object from several threads at once is not supported.
+/// inside the wait), and takes the thread mutex inside it to store, start or end the command
+/// thread; `Cancel` takes only the thread mutex, so another thread can call it during a long wait.
+/// Calling `Execute` on one object from several threads at once is not supported.
 ///
 /// The constructor sets up the class logger, which needs the application domain with its log
 /// manager (it throws `Zon::Exception` "Singleton instance of type '{0}' was not created yet!" or

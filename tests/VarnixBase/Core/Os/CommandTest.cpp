@@ -189,14 +189,14 @@ TEST_F(CommandTest, ACommandThatReadsItsInputToTheEndBlocksExecute)
 TEST_F(CommandTest, OnlyTheTimeLimitGetsOutOfACommandThatReadsItsInput)
 {
     std::set<int> descriptorsBefore = VarnixTest::OpenDescriptors();
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     Command command;
     EXPECT_EQ(RuntimeErrorOf([&] { command.Execute("exec cat", 500ms); }), "Timeout");
     EXPECT_FALSE(command.HasCommandThread());
     // The ended command thread closed the pipes, which ended cat, and waited for it.
     EXPECT_TRUE(VarnixTest::ChildProcesses().empty());
     EXPECT_EQ(VarnixTest::OpenDescriptors(), descriptorsBefore);
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
 }
 
 TEST_F(CommandTest, ATimeLimitOfZeroReportsTimeout)
@@ -219,11 +219,11 @@ TEST_F(CommandTest, ANegativeTimeLimitReportsTimeout)
 
 TEST_F(CommandTest, ACommandThatOutlastsItsLimitReportsTimeoutAndLeavesNoThread)
 {
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     Command command;
     EXPECT_EQ(RuntimeErrorOf([&] { command.Execute("sleep 2; printf late", 200ms); }), "Timeout");
     EXPECT_FALSE(command.HasCommandThread());
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
     EXPECT_TRUE(VarnixTest::ChildProcesses().empty());
     EXPECT_EQ(command.GetStdOut(), "");
 }

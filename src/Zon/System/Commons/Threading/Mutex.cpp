@@ -53,6 +53,8 @@ bool Mutex::TryLock()
 
 void Mutex::Unlock()
 {
+    // The mutex is of the error-checking kind: the system refuses to unlock it for a thread that
+    // does not hold it, and leaves it as it was.
     Check(pthread_mutex_unlock(&mutex), "unlock");
 }
 

@@ -104,10 +104,10 @@ TEST_F(ThreadPoolTest, TheDefaultPoolHasOneWorker)
 
 TEST_F(ThreadPoolTest, APoolWithoutWorkersHasNoneAndItsDestructorReturnsAtOnce)
 {
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     auto pool = std::make_unique<ThreadPool>(0, 0, 0, 0);
     EXPECT_EQ(pool->GetThreadCount(), 0u);
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
     pool.reset();
     EXPECT_EQ(Capture().CountContaining(LogLevel::Trace, "Joining"), 0u);
 }
@@ -318,9 +318,9 @@ TEST_F(ThreadPoolTest, AWorkerThatCannotBeStartedFailsTheConstruction)
     if (::sysconf(_SC_NPROCESSORS_CONF) >= 64) {
         GTEST_SKIP() << "this machine has a processor 63";
     }
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     EXPECT_THROW(ThreadPool(3, ThreadSettings("worker", 0, std::uint64_t{1} << 63, 0)), Zon::Exception);
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
 }
 
 TEST_F(ThreadPoolTest, JobsStillQueuedWhenTheDestructorRunsAreDestroyedWithoutRunning)
@@ -400,7 +400,7 @@ TEST_F(ThreadPoolTest, GetThreadCountDoesNotFallWhenAThreadEnds)
 
 TEST_F(ThreadPoolTest, TheDestructorLeavesNoWorkerBehind)
 {
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     {
         ThreadPool pool(3, 0, 0, 0);
         std::atomic<int> count{0};
@@ -408,9 +408,9 @@ TEST_F(ThreadPoolTest, TheDestructorLeavesNoWorkerBehind)
             pool.Enqueue([&] { ++count; });
         }
         ASSERT_TRUE(VarnixTest::WaitUntil([&] { return count.load() == 10; }, Limit));
-        EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore + 3);
+        EXPECT_EQ(threads.NewThreads().size(), 3u);
     }
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
     EXPECT_EQ(Capture().Count(LogLevel::Trace, "Joining thread 'worker'"), 3u);
 }
 
@@ -420,17 +420,17 @@ TEST_F(ThreadPoolTest, TheDestructorLeavesNoWorkerBehind)
 // failure of these tests.
 TEST_F(ThreadPoolTest, ThousandPoolsDestroyedRightAfterConstructionAllEnd)
 {
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     for (int i = 0; i < 1000; ++i) {
         ThreadPool pool(2, 0, 0, 0);
     }
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
     EXPECT_EQ(Capture().Count(LogLevel::Trace, "Joining thread 'worker'"), 2000u);
 }
 
 TEST_F(ThreadPoolTest, ThreeHundredPoolsDestroyedWithAJobInFlightAllEndAfterTheirJob)
 {
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     int finished = 0;
     for (int i = 0; i < 300; ++i) {
         std::atomic<bool> started{false};
@@ -447,5 +447,5 @@ TEST_F(ThreadPoolTest, ThreeHundredPoolsDestroyedWithAJobInFlightAllEndAfterThei
         finished += done.load() ? 1 : 0;
     }
     EXPECT_EQ(finished, 300);
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
 }

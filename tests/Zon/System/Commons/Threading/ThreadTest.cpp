@@ -6,6 +6,7 @@
 #include <chrono>
 #include <climits>
 #include <mutex>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -418,27 +419,29 @@ TEST_F(ThreadTest, TheDestructorEndsAndJoinsAThreadThatStillRuns)
 {
     SilentPipe pipe;
     Probe probe;
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     {
         Thread thread(&probe, &Probe::BlockUntilEnded, &pipe);
         thread.Start();
         ASSERT_TRUE(WaitFor(probe.entered));
+        // The census sees the running thread, so one that outlived its object would fail below.
+        EXPECT_EQ(threads.NewThreads().size(), 1u);
     }
     EXPECT_TRUE(probe.stackUnwound.load());
     EXPECT_FALSE(probe.returnedNormally.load());
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
 }
 
 TEST_F(ThreadTest, TheDestructorJoinsAThreadThatHasEnded)
 {
     Probe probe;
-    std::size_t threadsBefore = VarnixTest::CountThreads();
+    VarnixTest::ThreadCensus threads;
     {
         Thread thread(&probe, &Probe::Record, nullptr);
         thread.Start();
         ASSERT_TRUE(VarnixTest::WaitUntil([&] { return probe.calls.load() == 1; }, std::chrono::seconds(30)));
     }
-    EXPECT_EQ(VarnixTest::CountThreads(), threadsBefore);
+    EXPECT_EQ(threads.NewThreads(), std::set<pid_t>{});
 }
 
 TEST_F(ThreadTest, AnExceptionLeavingTheDelegateIsLoggedAndEndsOnlyTheThread)
