@@ -99,6 +99,17 @@ struct TypeLibrary::Impl {
         return FindByName(type.GetName());
     }
 
+    /// The member `name` of `type` as kept in its entry, or `ChildTypeInfo::Empty`.
+    const ChildTypeInfo& FindChild(const TypeIdentifier& type, std::string_view name) const
+    {
+        if (const Entry* entry = Find(type)) {
+            if (const ChildTypeInfo* child = entry->FindChild(name)) {
+                return *child;
+            }
+        }
+        return ChildTypeInfo::Empty;
+    }
+
     Entry* FindByCppType(const std::type_info& type) const
     {
         auto found = byCppType.find(std::type_index(type));
@@ -304,13 +315,13 @@ bool TypeLibrary::HasType(const TypeIdentifier& type)
 
 ChildTypeInfo TypeLibrary::GetChildInfo(const TypeIdentifier& type, const String& name)
 {
-    const Entry* entry = impl->Find(type);
-    if (entry != nullptr) {
-        if (const ChildTypeInfo* child = entry->FindChild(name.View())) {
-            return *child;
-        }
-    }
-    return ChildTypeInfo::Empty;
+    return impl->FindChild(type, name.View());
+}
+
+const ChildTypeInfo& TypeLibrary::FindChildInfo(const TypeIdentifier& type, std::string_view name,
+                                                ChildTypeInfo& /*storage*/)
+{
+    return impl->FindChild(type, name);
 }
 
 // StructDescription -----------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <memory>
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 
@@ -137,6 +138,11 @@ public:
     bool HasType(const Plc::Commons::Meta::TypeIdentifier& type) override;
     Plc::Commons::Meta::ChildTypeInfo GetChildInfo(const Plc::Commons::Meta::TypeIdentifier& type,
                                                    const String& name) override;
+    /// The member's record as the library keeps it, or `ChildTypeInfo::Empty`; `storage` is not
+    /// used. The record stays valid until a member is added to the type or the type is removed.
+    const Plc::Commons::Meta::ChildTypeInfo& FindChildInfo(const Plc::Commons::Meta::TypeIdentifier& type,
+                                                           std::string_view name,
+                                                           Plc::Commons::Meta::ChildTypeInfo& storage) override;
 
 private:
     friend class StructDescription;

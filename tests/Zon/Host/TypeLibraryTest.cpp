@@ -476,13 +476,20 @@ TEST(TypeLibrary, MemberLookUpsAgreeWithAWalkOfTheMembersOverRandomAdditions)
         Zon::String probe = randomName();
         const std::optional<ChildTypeInfo> expected = walkFor(probe);
         ChildTypeInfo found = library.GetChildInfo(type, probe);
+        ChildTypeInfo storage;
+        const ChildTypeInfo& kept = library.FindChildInfo(type, probe.View(), storage);
+        EXPECT_TRUE(storage.name.IsEmpty() && storage.dataType == 0) << "step " << step;
         if (!expected) {
             EXPECT_EQ(found.dataType, 0) << "step " << step;
             EXPECT_TRUE(found.name.IsEmpty());
+            EXPECT_EQ(&kept, &ChildTypeInfo::Empty) << "step " << step;
         } else {
             EXPECT_EQ(found.name, expected->name) << "step " << step;
             EXPECT_EQ(found.offset, expected->offset);
             EXPECT_EQ(found.dataType, expected->dataType);
+            EXPECT_EQ(kept.name, expected->name) << "step " << step;
+            EXPECT_EQ(kept.offset, expected->offset);
+            EXPECT_EQ(kept.dataType, expected->dataType);
         }
     }
     std::size_t seen = 0;
@@ -508,4 +515,37 @@ TEST(TypeLibrary, FindsEachOfThousandsOfMembersByName)
     EXPECT_EQ(library.GetChildInfo(type, Zon::String("P1")).dataType, 0);
     EXPECT_EQ(FailureOf([&] { big.MemberAt<double>("p4999", 0); }),
               "Member 'p4999' is already described in type 'Demo::Big'");
+}
+
+// The walk of a path asks for members without copying them: the record that FindChildInfo gives
+// is the one the library keeps, field for field what GetChildInfo copies out.
+TEST(TypeLibrary, FindChildInfoGivesTheKeptRecordThatGetChildInfoCopies)
+{
+    TypeLibrary library("DemoLibrary", "Demo");
+    library.AddStruct<Element>("Element").Member("x", &Element::x).Member("b", &Element::b);
+    library.AddStruct<Root>("Root").Member("d", &Root::d).Member("a", &Root::a).Pointer("p", &Root::p);
+    const TypeIdentifier root("Demo", "Root");
+    for (const char* name : {"d", "a", "p"}) {
+        ChildTypeInfo storage;
+        const ChildTypeInfo& kept = library.FindChildInfo(root, name, storage);
+        const ChildTypeInfo copy = library.GetChildInfo(root, name);
+        EXPECT_NE(&kept, &storage) << name;
+        EXPECT_EQ(&library.FindChildInfo(root, name, storage), &kept) << name;
+        EXPECT_TRUE(storage.name.IsEmpty()) << name;
+        EXPECT_EQ(kept.name, copy.name);
+        EXPECT_EQ(kept.dataType, copy.dataType) << name;
+        EXPECT_EQ(kept.typeIdentifier, copy.typeIdentifier) << name;
+        EXPECT_EQ(kept.offset, copy.offset) << name;
+        EXPECT_EQ(kept.size, copy.size) << name;
+        EXPECT_EQ(kept.alignment, copy.alignment) << name;
+        ASSERT_EQ(kept.arrayDimensions.size(), copy.arrayDimensions.size()) << name;
+        for (std::size_t i = 0; i < kept.arrayDimensions.size(); ++i) {
+            EXPECT_EQ(kept.arrayDimensions[i].elementCount, copy.arrayDimensions[i].elementCount);
+        }
+    }
+    ChildTypeInfo storage;
+    EXPECT_EQ(library.FindChildInfo(root, "a", storage).arrayDimensions.size(), 2u);
+    EXPECT_EQ(&library.FindChildInfo(root, "nosuch", storage), &ChildTypeInfo::Empty);
+    EXPECT_EQ(&library.FindChildInfo(TypeIdentifier("Other", "Root"), "d", storage), &ChildTypeInfo::Empty);
+    EXPECT_EQ(&library.FindChildInfo(TypeIdentifier("Demo", "Nosuch"), "d", storage), &ChildTypeInfo::Empty);
 }

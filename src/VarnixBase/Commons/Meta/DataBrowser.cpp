@@ -29,6 +29,7 @@ using Zon::Plc::Commons::Meta::ChildTypeInfo;
 using Zon::Plc::Commons::Meta::DataInfo;
 using Zon::Plc::Commons::Meta::DataTag;
 using Zon::Plc::Commons::Meta::IMetaComponent;
+using Zon::Plc::Commons::Meta::TypeIdentifier;
 using Zon::Plc::Commons::Meta::TypeInfo;
 using Zon::System::Commons::ArgumentException;
 using Zon::System::Commons::IndexOutOfRangeException;
@@ -114,24 +115,6 @@ bool IsInsideDeclaredArray(const ArrayDimensions& dimensions, unsigned long elem
     return end <= extent;
 }
 
-/// Gives `record` the content of `DataInfo(DataTag(name, address, dataType, type, false))`, in
-/// place: the strings it holds keep their storage, and `type` may be its own identifier.
-void Replace(DataInfo& record, String&& name, void* address, Zon::Plc::Commons::DataType dataType,
-             const Zon::Plc::Commons::Meta::TypeIdentifier& type)
-{
-    record.name = std::move(name);
-    record.dataType = dataType;
-    if (&type != &record.typeIdentifier) {
-        record.typeIdentifier = type;
-    }
-    record.reserved1 = 0;
-    record.reserved2 = 0;
-    record.address = address;
-    record.attributes = Zon::Plc::Commons::Meta::StandardAttribute::None;
-    record.isConstant = false;
-    record.arrayDimensions.clear();
-}
-
 } // namespace
 
 DataBrowser::DataBrowser() = default;
@@ -198,7 +181,7 @@ DataInfo DataBrowser::GetDataInfo(const String& variablePath)
         return DataInfo::Empty;
     }
 
-    auto found = providers.find(String(component));
+    auto found = providers.find(component);
     if (found == providers.end()) {
         GetLogger().Error("Component is not available: {0}", component);
         return DataInfo::Empty;
@@ -233,13 +216,12 @@ DataInfo DataBrowser::GetDataInfo(const DataInfo& parent, const std::string& rem
 
 DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
 {
-    DataInfo result = parent;
-    auto* variableAddress = static_cast<unsigned char*>(result.address);
-    if ((result.dataType & DataTypeIndirectMask) != 0) {
+    auto* variableAddress = static_cast<unsigned char*>(parent.address);
+    if ((parent.dataType & DataTypeIndirectMask) != 0) {
         if (variableAddress == nullptr) {
             throw InvalidOperationException(
-                "Attempt to dereference variableAddress == nullptr for DataTag: name={}, dataType={}", result.name,
-                result.dataType);
+                "Attempt to dereference variableAddress == nullptr for DataTag: name={}, dataType={}", parent.name,
+                parent.dataType);
         }
         variableAddress = ReadPointer(variableAddress);
     }
@@ -260,7 +242,10 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
 
     // The remainder is read up to and including one NUL past its end, the end mark.
     const std::size_t textSize = remainder.size() + 1;
-    ChildTypeInfo child = ChildTypeInfo::Empty;
+    // The current member's record: kept by its type library (or in `childStorage` when the
+    // library answers by value only), read in place and never copied.
+    ChildTypeInfo childStorage;
+    const ChildTypeInfo* child = &ChildTypeInfo::Empty;
     unsigned char* memberAddress = variableAddress;
     unsigned long elementOffset = 0;
     std::string memberName;
@@ -268,6 +253,14 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
     std::size_t indexStart = 0;
     std::vector<unsigned long> indices;
     PathParserState state = PathParserState::ParseMembers;
+
+    // The result so far, as its parts: its name is `memberName`, and the record is formed once, at
+    // the end. Every step replaces all of them, and every walk that ends without an exception
+    // has made at least one member step (the end mark in `ParseMembers` makes one, and the other
+    // states are reached only after one).
+    const TypeIdentifier* resultType = &parent.typeIdentifier;
+    Zon::Plc::Commons::DataType resultDataType = parent.dataType;
+    unsigned char* resultAddress = variableAddress;
 
     // The one type browser, reached once for the whole walk: it lives as long as this browser.
     auto& typeBrowser = MetaInfoProvider::GetInstance().GetTypeBrowser();
@@ -277,26 +270,26 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
         const bool endsMember = end == '.' || end == '\0';
         if (endsMember && tracing) {
             // Asked for the type browser's trace line only; without tracing it would show nothing.
-            (void)typeBrowser.GetChildren(result.typeIdentifier);
+            (void)typeBrowser.GetChildren(*resultType);
         }
-        // Asked under a copy of the name, which then goes to the record.
-        String name(memberName);
-        child = typeBrowser.GetChildInfo(result.typeIdentifier, name);
-        const bool isPointer = (child.dataType & DataTypePointerBit) != 0;
+        child = &typeBrowser.FindChildInfo(*resultType, memberName, childStorage);
+        const bool isPointer = (child->dataType & DataTypePointerBit) != 0;
         if (isPointer && !variableKnown) {
-            ThrowPointerOutsideMemory(variableAddress, child.offset);
+            ThrowPointerOutsideMemory(variableAddress, child->offset);
         }
-        memberAddress = ChildMemberAddress(variableAddress, child, tracing);
-        memberKnown = child.dataType != 0 && (isPointer ? memberAddress != nullptr : variableKnown);
+        memberAddress = ChildMemberAddress(variableAddress, *child, tracing);
+        memberKnown = child->dataType != 0 && (isPointer ? memberAddress != nullptr : variableKnown);
         if (endsMember) {
             variableAddress = memberAddress;
             variableKnown = memberKnown;
         }
-        Replace(result, std::move(name), memberAddress, child.dataType, child.typeIdentifier);
+        resultType = &child->typeIdentifier;
+        resultDataType = child->dataType;
+        resultAddress = memberAddress;
         if (tracing) {
             GetLogger().Trace("  browse: name={0}, address: {1}", memberName, Show(memberAddress));
-            GetLogger().Trace("   child: type={}, basetype={}, offset={}", child.typeIdentifier.GetFullName(),
-                              DataTypeEnum(child.dataType & DataTypeBaseMask), child.offset);
+            GetLogger().Trace("   child: type={}, basetype={}, offset={}", child->typeIdentifier.GetFullName(),
+                              DataTypeEnum(child->dataType & DataTypeBaseMask), child->offset);
         }
     };
 
@@ -307,26 +300,27 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
         memberName += '[';
         memberName += digits;
         memberName += ']';
-        const unsigned long elementSize = child.size != 0 ? child.size : DataTypeEnum(child.dataType).GetSize();
-        elementOffset = CalculateArrayElementOffset(indices, child.GetArrayDimensions(), elementSize);
+        const unsigned long elementSize = child->size != 0 ? child->size : DataTypeEnum(child->dataType).GetSize();
+        elementOffset = CalculateArrayElementOffset(indices, child->GetArrayDimensions(), elementSize);
         if (tracing) {
             GetLogger().Trace("  browse: name={}, address={}+{}", memberName, Show(memberAddress), elementOffset);
         }
-        if (child.dataType == 0) {
+        if (child->dataType == 0) {
             GetLogger().Error("Child type info is empty");
             throw ArgumentException("Invalid variable path: Child type info is empty");
         }
         // Behind a pointer member lies exactly what it declares (one value, or its dimensions'
         // elements), so an element past that end is refused as one past the limit is.
-        const bool pastPointedTo = (child.dataType & DataTypePointerBit) != 0 &&
-                                   !IsInsideDeclaredArray(child.GetArrayDimensions(), elementOffset, elementSize);
+        const bool pastPointedTo = (child->dataType & DataTypePointerBit) != 0 &&
+                                   !IsInsideDeclaredArray(child->GetArrayDimensions(), elementOffset, elementSize);
         if (elementOffset + elementSize > ElementLimitFactor * elementSize || pastPointedTo) {
             throw IndexOutOfRangeException("Port {0}/{1} out of range", parent.name,
                                            String(remainder.substr(0, digits.size() + 1)));
         }
-        elementKnown = memberKnown && IsInsideDeclaredArray(child.GetArrayDimensions(), elementOffset, elementSize);
-        Replace(result, String(memberName), Advance(memberAddress, elementOffset), child.dataType,
-                result.typeIdentifier);
+        elementKnown = memberKnown && IsInsideDeclaredArray(child->GetArrayDimensions(), elementOffset, elementSize);
+        // The element keeps the type that the member step set.
+        resultDataType = child->dataType;
+        resultAddress = Advance(memberAddress, elementOffset);
     };
 
     bool finished = false;
@@ -378,6 +372,12 @@ DataInfo DataBrowser::Walk(const DataInfo& parent, std::string_view remainder)
         }
     }
 
+    // What `DataInfo(DataTag(memberName, resultAddress, resultDataType, *resultType, false))` gives.
+    DataInfo result;
+    result.name = String(std::move(memberName));
+    result.dataType = resultDataType;
+    result.typeIdentifier = *resultType;
+    result.address = resultAddress;
     GetLogger().Debug("{0}.{1}: address={2}", parent.name, remainder, Show(result.address));
     return result;
 }

@@ -107,7 +107,14 @@ private:
     static unsigned char* ChildMemberAddress(unsigned char* address, const Zon::Plc::Commons::Meta::ChildTypeInfo& child,
                                              bool tracing);
 
-    std::map<Zon::String, std::reference_wrapper<Zon::Plc::Commons::Meta::IDataInfoProvider>> providers;
+    /// The bytewise order of `Zon::String`, also between a string and a view, so that a path's
+    /// component is looked up without a copy.
+    struct NameOrder {
+        using is_transparent = void;
+        bool operator()(std::string_view a, std::string_view b) const noexcept { return a < b; }
+    };
+
+    std::map<Zon::String, std::reference_wrapper<Zon::Plc::Commons::Meta::IDataInfoProvider>, NameOrder> providers;
 };
 
 } // namespace VarnixBase::Commons::Meta

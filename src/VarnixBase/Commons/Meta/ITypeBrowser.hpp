@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "Zon/BasicString.hpp"
 #include "Zon/IEnumerator.hpp"
 #include "Zon/Plc/Commons/Meta/ChildTypeInfo.hpp"
@@ -26,6 +28,13 @@ public:
     /// The member `name` of a type; data type 0 when unknown.
     virtual Zon::Plc::Commons::Meta::ChildTypeInfo GetChildInfo(const Zon::Plc::Commons::Meta::TypeIdentifier& type,
                                                                 const Zon::String& name) = 0;
+    /// The member `name` of a type, as `GetChildInfo` answers it (trace lines included), without
+    /// a copy of the record where its provider keeps it; otherwise the answer is kept in
+    /// `storage`. The answer stays valid while the type's library is registered and not changed.
+    /// `type` may lie in `storage`.
+    virtual const Zon::Plc::Commons::Meta::ChildTypeInfo&
+    FindChildInfo(const Zon::Plc::Commons::Meta::TypeIdentifier& type, std::string_view name,
+                  Zon::Plc::Commons::Meta::ChildTypeInfo& storage) = 0;
 };
 
 } // namespace VarnixBase::Commons::Meta

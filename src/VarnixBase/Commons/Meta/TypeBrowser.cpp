@@ -105,12 +105,30 @@ ChildTypeInfo TypeBrowser::GetChildInfo(const TypeIdentifier& type, const String
         return ChildTypeInfo::Empty;
     }
     ChildTypeInfo child = found->second.get().GetChildInfo(type, name);
+    TraceChild(name, child);
+    return child;
+}
+
+const ChildTypeInfo& TypeBrowser::FindChildInfo(const TypeIdentifier& type, std::string_view name,
+                                                ChildTypeInfo& storage)
+{
+    auto found = typeProviders.find(type.GetNamespace());
+    if (found == typeProviders.end()) {
+        GetLogger().Trace("  browse: child={} not available", name);
+        return ChildTypeInfo::Empty;
+    }
+    const ChildTypeInfo& child = found->second.get().FindChildInfo(type, name, storage);
+    TraceChild(name, child);
+    return child;
+}
+
+void TypeBrowser::TraceChild(std::string_view name, const ChildTypeInfo& child)
+{
     if (Tracing()) {
         GetLogger().Trace("  browse: child={}, name={}, offset={}, size={}, fields={}", name,
                           child.typeIdentifier.GetFullName(), child.offset, SizeForTrace(child),
                           ChildTypeInfoFieldCount);
     }
-    return child;
 }
 
 void TypeBrowser::Add(IMetaLibrary& library)

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <string_view>
 
 #include "VarnixBase/Commons/Meta/ITypeBrowser.hpp"
 #include "Zon/BasicString.hpp"
@@ -35,6 +36,9 @@ public:
     Zon::Plc::Commons::Meta::TypeInfo GetTypeInfo(const Zon::Plc::Commons::Meta::TypeIdentifier& type) override;
     Zon::Plc::Commons::Meta::ChildTypeInfo GetChildInfo(const Zon::Plc::Commons::Meta::TypeIdentifier& type,
                                                         const Zon::String& name) override;
+    const Zon::Plc::Commons::Meta::ChildTypeInfo& FindChildInfo(const Zon::Plc::Commons::Meta::TypeIdentifier& type,
+                                                                std::string_view name,
+                                                                Zon::Plc::Commons::Meta::ChildTypeInfo& storage) override;
 
     /// Registers the library's provider under its namespace name. A namespace that is known
     /// already keeps its first provider (debug line "Namespace was already added: {0}").
@@ -43,6 +47,9 @@ public:
     void Remove(Zon::Plc::Commons::Meta::IMetaLibrary& library);
 
 private:
+    /// The trace line of a member's answer, written only when tracing is on.
+    static void TraceChild(std::string_view name, const Zon::Plc::Commons::Meta::ChildTypeInfo& child);
+
     using ProviderMap = std::map<Zon::String, std::reference_wrapper<Zon::Plc::Commons::Meta::ITypeInfoProvider>>;
 
     ProviderMap typeProviders;

@@ -99,6 +99,37 @@ inline const unsigned char* Bytes(const void* address)
     return static_cast<const unsigned char*>(address);
 }
 
+/// A type provider that answers for a host library, member questions by value only (it leaves
+/// `FindChildInfo` as the interface has it), and counts those questions.
+class ByValueProvider : public Zon::Plc::Commons::Meta::IMetaLibrary,
+                        public Zon::Plc::Commons::Meta::ITypeInfoProvider {
+public:
+    using TypeInfo = Zon::Plc::Commons::Meta::TypeInfo;
+    using ChildTypeInfo = Zon::Plc::Commons::Meta::ChildTypeInfo;
+    using TypeIdentifier = Zon::Plc::Commons::Meta::TypeIdentifier;
+
+    explicit ByValueProvider(Zon::Host::TypeLibrary& library) : library(library) {}
+    const char* GetNamespaceName() const override { return library.GetNamespaceName(); }
+    ITypeInfoProvider& GetTypeInfoProvider(bool) override { return *this; }
+    Zon::IEnumerator<TypeInfo>::Ptr GetTypes() override { return library.GetTypes(); }
+    Zon::IEnumerator<ChildTypeInfo>::Ptr GetChildren(const TypeIdentifier& type) override
+    {
+        return library.GetChildren(type);
+    }
+    TypeInfo GetTypeInfo(const TypeIdentifier& type) override { return library.GetTypeInfo(type); }
+    bool HasType(const TypeIdentifier& type) override { return library.HasType(type); }
+    ChildTypeInfo GetChildInfo(const TypeIdentifier& type, const Zon::String& name) override
+    {
+        ++childQuestions;
+        return library.GetChildInfo(type, name);
+    }
+
+    int childQuestions = 0;
+
+private:
+    Zon::Host::TypeLibrary& library;
+};
+
 /// A host runtime, a type library "Demo" with the test structures, and a component "Comp"
 /// registered with the meta info provider from `SetUp` to `TearDown`.
 class MetaBrowsingTest : public VarnixTest::HostTest {

@@ -1,5 +1,6 @@
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -56,6 +57,16 @@ public:
     bool HasType(const TypeIdentifier&) override { throw Zon::Exception("has"); }
     ChildTypeInfo GetChildInfo(const TypeIdentifier&, const Zon::String&) override { throw Zon::Exception("child"); }
 };
+
+/// The lines captured so far, each as its logger's name and its message.
+std::vector<std::string> LogLines(Zon::System::Commons::Diagnostics::Logging::CaptureSink& capture)
+{
+    std::vector<std::string> lines;
+    for (const auto& entry : capture.GetEntries()) {
+        lines.push_back(entry.loggerName + " " + entry.message);
+    }
+    return lines;
+}
 
 } // namespace
 
@@ -245,5 +256,79 @@ TEST_F(TypeBrowserTest, ExceptionsOfAProviderPassThroughAfterTheTraceLinesOfTheE
     Capture().Clear();
     EXPECT_THROW(browser->GetTypeInfo(TypeIdentifier("Failing", "T")), Zon::Exception);
     EXPECT_THROW(browser->GetChildInfo(TypeIdentifier("Failing", "T"), "m"), Zon::Exception);
+    EXPECT_EQ(Capture().Size(), 0u);
+}
+
+// FindChildInfo answers as GetChildInfo does, trace line included, but without a copy where the
+// provider keeps its records; GetChildInfo, which copies, is the oracle.
+TEST_F(TypeBrowserTest, FindChildInfoAnswersAsGetChildInfoWithTheProvidersOwnRecord)
+{
+    browser->Add(demo);
+    const TypeIdentifier root("Demo", "Root");
+    for (const char* name : {"d", "n", "a", "node", "holders", "nosuch", ""}) {
+        Capture().Clear();
+        const ChildTypeInfo copy = browser->GetChildInfo(root, name);
+        const auto copyTrace = LogLines(Capture());
+        Capture().Clear();
+        ChildTypeInfo storage;
+        const ChildTypeInfo& found = browser->FindChildInfo(root, name, storage);
+        EXPECT_EQ(LogLines(Capture()), copyTrace) << name;
+        ChildTypeInfo unused;
+        EXPECT_EQ(&found, &demo.FindChildInfo(root, name, unused)) << name;
+        // The library's own record (which the library's tests compare with its copies field by field).
+        EXPECT_EQ(std::tie(found.name, found.dataType, found.offset), std::tie(copy.name, copy.dataType, copy.offset))
+            << name;
+        EXPECT_TRUE(storage.name.IsEmpty()) << name;
+    }
+}
+
+TEST_F(TypeBrowserTest, FindChildInfoOfAnUnknownNamespaceIsTheEmptyRecordWithItsTraceLine)
+{
+    browser->Add(demo);
+    Capture().Clear();
+    ChildTypeInfo storage;
+    const ChildTypeInfo& found = browser->FindChildInfo(TypeIdentifier("Nosuch", "Root"), "x", storage);
+    EXPECT_EQ(&found, &ChildTypeInfo::Empty);
+    EXPECT_EQ(LogLines(Capture()), std::vector<std::string>{Logger + "   browse: child=x not available"});
+}
+
+TEST_F(TypeBrowserTest, FindChildInfoOfAProviderThatAnswersByValueKeepsItsAnswerInTheStorage)
+{
+    MetaTest::ByValueProvider byValue(demo);
+    browser->Add(byValue);
+    const TypeIdentifier root("Demo", "Root");
+    Capture().Clear();
+    const ChildTypeInfo copy = browser->GetChildInfo(root, "holders");
+    const auto copyTrace = LogLines(Capture());
+    Capture().Clear();
+    ChildTypeInfo storage;
+    const ChildTypeInfo& found = browser->FindChildInfo(root, "holders", storage);
+    EXPECT_EQ(&found, &storage);
+    EXPECT_EQ(byValue.childQuestions, 2);
+    EXPECT_EQ(LogLines(Capture()), copyTrace);
+    EXPECT_EQ(found.name, "holders");
+    EXPECT_EQ(found.offset, copy.offset);
+    EXPECT_EQ(found.typeIdentifier, TypeIdentifier("Demo", "Holder"));
+    ASSERT_EQ(found.arrayDimensions.size(), 1u);
+    EXPECT_EQ(found.arrayDimensions[0].elementCount, 2u);
+    // The type asked about may lie in the storage itself, as when a walk goes one member deeper.
+    const ChildTypeInfo& deeper = browser->FindChildInfo(storage.typeIdentifier, "target", storage);
+    EXPECT_EQ(&deeper, &storage);
+    EXPECT_EQ(deeper.name, "target");
+    EXPECT_EQ(deeper.typeIdentifier, TypeIdentifier("Demo", "Node"));
+}
+
+TEST_F(TypeBrowserTest, FindChildInfoPassesExceptionsOfAProviderThrough)
+{
+    FailingProvider failing;
+    browser->Add(failing);
+    Capture().Clear();
+    ChildTypeInfo storage;
+    try {
+        browser->FindChildInfo(TypeIdentifier("Failing", "T"), "m", storage);
+        FAIL() << "no exception";
+    } catch (const Zon::Exception& exception) {
+        EXPECT_STREQ(exception.what(), "child");
+    }
     EXPECT_EQ(Capture().Size(), 0u);
 }

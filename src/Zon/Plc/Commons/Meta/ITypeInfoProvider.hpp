@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "Zon/BasicString.hpp"
 #include "Zon/IEnumerator.hpp"
 #include "Zon/Plc/Commons/Meta/ChildTypeInfo.hpp"
@@ -24,6 +26,18 @@ public:
     virtual bool HasType(const TypeIdentifier& type) = 0;
     /// The member `name` of a type.
     virtual ChildTypeInfo GetChildInfo(const TypeIdentifier& type, const String& name) = 0;
+
+    /// The member `name` of a type, the same record that `GetChildInfo` answers, without a copy
+    /// where the provider keeps its records: the answer stays valid while the type is not
+    /// changed. A provider that answers by value only leaves this as it is, and the answer is then
+    /// `GetChildInfo`'s, kept in `storage`. `type` may lie in `storage`: it is read before
+    /// `storage` is written.
+    virtual const ChildTypeInfo& FindChildInfo(const TypeIdentifier& type, std::string_view name,
+                                               ChildTypeInfo& storage)
+    {
+        storage = GetChildInfo(type, String(name));
+        return storage;
+    }
 };
 
 } // namespace Zon::Plc::Commons::Meta
