@@ -19,9 +19,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <string>
 #include <type_traits>
-#include <utility>
 
 #include "VarnixBase/Commons/Iec61131/Convert.hpp"
 
@@ -69,17 +67,28 @@ void Check(const Zon::String& value, const Zon::String& padded, T sentinel)
 
 } // namespace
 
+// What the sanitizers need for this target. Its only frees are those of the texts it builds itself,
+// so a quarantine of 16 MB (instead of 256 MB) loses nothing; with the default, every input's
+// blocks went to fresh memory until the quarantine filled, and page faults and filling that memory
+// took more of the time than the conversions did. Options given in ASAN_OPTIONS still win.
+extern "C" const char* __asan_default_options()
+{
+    return "quarantine_size_mb=16";
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const char* text = reinterpret_cast<const char*>(data);
+    // The text itself in a block of its own size, so that AddressSanitizer sees a read past its end.
     Zon::String value(text, size);
     // White space before the text, and after it up to its first NUL (what follows is not read).
-    const void* nul = std::memchr(text, '\0', size);
-    std::size_t read = nul != nullptr ? static_cast<std::size_t>(static_cast<const char*>(nul) - text) : size;
-    std::string padded;
-    padded.reserve(read + 7);
-    padded.append(" \t\v").append(text, read).append("\r\n\f ");
-    Zon::String paddedValue(std::move(padded));
+    // This one is built anew in the same string for every input: clearing keeps its capacity, so
+    // after the first long inputs it costs no allocation.
+    static Zon::String paddedValue;
+    paddedValue.Clear();
+    paddedValue += " \t\v";
+    paddedValue += value.CStr();
+    paddedValue += "\r\n\f ";
     Check<unsigned long>(value, paddedValue, 0x5a5a5a5a5a5a5a5aul);
     Check<long>(value, paddedValue, -0x5a5a5a5a5a5a5a5al);
     Check<bool>(value, paddedValue, size % 2 == 0);

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <string>
@@ -337,6 +338,40 @@ TEST(Iec61131ConvertFloat, EveryPrefixAndExponentForm)
     for (const char* text : {"real#", "lreal#.5", "llreal#1.5", "real#16#1.0", "1.5e+", "1.5e-", "1.5f", "--1.5", "1.5.5",
                              "inf", "nan", "1,5"}) {
         EXPECT_EQ(D(text), std::nullopt) << text;
+    }
+}
+
+TEST(Iec61131ConvertFloat, NumbersAroundTheExactProductAreCorrectlyRounded)
+{
+    // A number of up to 19 significant digits whose integer fits 53 bits and whose power of ten
+    // lies within 22 either way is computed by one multiplication or division; every other number
+    // goes through the general conversion. Both must give what the C library reads, bit for bit,
+    // on either side of each bound: 53 bits, 19 digits, powers 22 and 23, zeros beyond the 19th
+    // digit, leading zeros, and separators.
+    std::vector<std::string> numbers = {
+        "9007199254740992.0",     "9007199254740993.0",    "9007199254740991.0",     "900719925474099.3",
+        "9007199254740993.0e-22", "9007199254740992.0e22", "9007199254740992.0e-22", "1.0e22",
+        "1.0e23",                 "1.0e-22",               "1.0e-23",                "3.0e22",
+        "1234567890123456789.0",  "12345678901234567890.0", "1.2345678901234567890000000", "1.0000000000000000000001",
+        "1.0000000000000000000000", "10000000000000000000000.0", "0.000000000000000000000001", "0.1",
+        "0.2",                    "0.3",                   "123.456e-7",             "8.98846567431158e307",
+        "4.35e-3", "3.0e23", "7.0e23", "9.0e-23", "1_2.3_4e1_0",           "0.000_000_1",            "7.0e-0",
+    };
+    for (const auto& number : numbers) {
+        std::string plain;
+        for (char unit : number) {
+            if (unit != '_') {
+                plain += unit;
+            }
+        }
+        const double expected = std::strtod(plain.c_str(), nullptr);
+        for (const char* sign : {"", "-", "+"}) {
+            const double signedExpected = *sign == '-' ? -expected : expected;
+            std::optional<double> value = D(sign + number);
+            ASSERT_TRUE(value.has_value()) << sign << number;
+            EXPECT_EQ(std::memcmp(&*value, &signedExpected, sizeof(double)), 0)
+                << sign << number << ": " << *value << " against " << signedExpected;
+        }
     }
 }
 
