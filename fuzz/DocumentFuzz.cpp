@@ -8,9 +8,8 @@
 // - a successful load whose result changes when the same file is loaded again into the same
 //   document (a second load replaces the first one's content and never adds to it).
 //
-// A load that ends in a `Parameter` without exactly one of `value` and `ref` keeps the libxml2 tree
-// by design. The target takes that tree back itself (see AcceptedTree below), so that the leak
-// checker still reports any other leak, and memory stays bounded over millions of inputs.
+// Every load releases its libxml2 tree, also one that ends in a `Parameter` without exactly one of
+// `value` and `ref`: the leak checker reports any block a load leaves behind.
 //
 // Set-up is paid once per run, not per input: one host runtime, one file that each input
 // overwrites in place (on a memory file system when there is one, so that no input waits for a
@@ -28,15 +27,9 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <unistd.h>
-#include <unordered_set>
 #include <vector>
 
-#include <libxml/globals.h>
-#include <libxml/parser.h>
-#include <libxml/tree.h>
-#include <libxml/xmlmemory.h>
 
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocument.hpp"
 #include "Zon/Host/Runtime.hpp"
@@ -49,107 +42,6 @@ using Zon::System::Commons::InvalidConfigException;
 namespace {
 
 constexpr const char* documentPath = "/opt/varnix/data/Fuzz.prog.config";
-constexpr const char* parameterMessage = "Parameter must contain exactly one attribute of `value` or `ref`";
-
-/// The libxml2 tree that a load failing in a `Parameter` keeps. libxml2's allocator is routed
-/// through the functions below; while a load runs, every block of the size of a document record
-/// is noted. After a failed load, the noted blocks that are still alive and are documents (node
-/// type document, pointing to themselves) are the kept trees, and `Reclaim` frees them. Nothing
-/// else is freed, so any other block that a load leaves behind still shows up as a leak.
-class AcceptedTree {
-public:
-    static void Install()
-    {
-        xmlMemSetup(&Free, &Malloc, &Realloc, &Strdup);
-    }
-
-    static void Watch(bool on)
-    {
-        watching = on;
-        if (!on) {
-            Candidates().clear();
-        }
-    }
-
-    /// Frees the document trees left over from the load that just failed.
-    static void Reclaim()
-    {
-        std::vector<xmlDoc*> documents;
-        for (void* block : Candidates()) {
-            // A noted block may be anything of that size (a text, another record): its bytes are
-            // read as plain numbers, never as an `xmlElementType` that they may not hold.
-            std::underlying_type_t<xmlElementType> type;
-            void* self;
-            std::memcpy(&type, static_cast<const char*>(block) + offsetof(xmlDoc, type), sizeof(type));
-            std::memcpy(&self, static_cast<const char*>(block) + offsetof(xmlDoc, doc), sizeof(self));
-            if (type == XML_DOCUMENT_NODE && self == block) {
-                documents.push_back(static_cast<xmlDoc*>(block));
-            }
-        }
-        bool was = watching;
-        watching = false;
-        for (xmlDoc* document : documents) {
-            xmlFreeDoc(document);
-        }
-        watching = was;
-    }
-
-private:
-    static std::unordered_set<void*>& Candidates()
-    {
-        static auto* blocks = new std::unordered_set<void*>();
-        return *blocks;
-    }
-
-    static void Note(void* block, std::size_t size)
-    {
-        if (block != nullptr && watching && size == sizeof(xmlDoc)) {
-            Candidates().insert(block);
-        }
-    }
-
-    static void Forget(void* block)
-    {
-        if (block != nullptr && !Candidates().empty()) {
-            Candidates().erase(block);
-        }
-    }
-
-    static void* Malloc(std::size_t size)
-    {
-        void* block = std::malloc(size);
-        Note(block, size);
-        return block;
-    }
-
-    static void* Realloc(void* block, std::size_t size)
-    {
-        void* moved = std::realloc(block, size);
-        if (moved != nullptr || size == 0) {
-            Forget(block);
-            Note(moved, size);
-        }
-        return moved;
-    }
-
-    static void Free(void* block)
-    {
-        Forget(block);
-        std::free(block);
-    }
-
-    static char* Strdup(const char* text)
-    {
-        std::size_t size = std::strlen(text) + 1;
-        auto* copy = static_cast<char*>(Malloc(size));
-        if (copy != nullptr) {
-            std::memcpy(copy, text, size);
-        }
-        return copy;
-    }
-
-    static inline bool watching = false;
-};
 
 /// The host runtime for the whole run: a temporary file-system root, no console log and no
 /// captured log (the capture would grow with every warning of every input). The root lies in
@@ -234,16 +126,10 @@ Host* host = nullptr;
 /// Anything else is a finding.
 bool Load(ConfigurableProgramDocument& document)
 {
-    AcceptedTree::Watch(true);
     try {
         document.Load(documentPath);
-        AcceptedTree::Watch(false);
         return true;
-    } catch (const InvalidConfigException& e) {
-        if (e.GetMessage() == parameterMessage) {
-            AcceptedTree::Reclaim();
-        }
-        AcceptedTree::Watch(false);
+    } catch (const InvalidConfigException&) {
         return false;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "Load let an unexpected exception out: %s\n", e.what());
@@ -267,8 +153,6 @@ extern "C" const char* __asan_default_options()
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    // Before libxml2 allocates anything.
-    AcceptedTree::Install();
     host = new Host();
     std::atexit([] {
         delete host;

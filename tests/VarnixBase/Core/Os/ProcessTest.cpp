@@ -31,7 +31,7 @@
 #include "VarnixBase/Core/Os/Process.hpp"
 #include "Zon/Exception.hpp"
 #include "Zon/Host/Runtime.hpp"
-#include "support/AcceptedLeak.hpp"
+#include "support/LeakCheck.hpp"
 #include "support/HostFixture.hpp"
 #include "support/ProcessProbe.hpp"
 

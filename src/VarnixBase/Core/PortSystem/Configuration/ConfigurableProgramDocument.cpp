@@ -1,5 +1,6 @@
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocument.hpp"
 
+#include <memory>
 #include <string>
 
 #include <libxml/parser.h>
@@ -64,23 +65,20 @@ void ConfigurableProgramDocument::Load(const Zon::String& path)
     if (!File::Exists(path)) {
         throw NotExistException("File `{0}` not found.", path);
     }
-    xmlDoc* document = ReadXml(Zon::Host::FileSystemRoot::Map(path));
+    // The tree goes on every way out of the load, also when a parser throws.
+    std::unique_ptr<xmlDoc, void (*)(xmlDoc*)> document(ReadXml(Zon::Host::FileSystemRoot::Map(path)), &xmlFreeDoc);
     if (document == nullptr) {
         throw InvalidConfigException("Invalid XML `{0}`", path);
     }
     ConfigurableProgramDocumentHelper helper(GetLogger());
     if (!helper.VerifyDocument()) {
-        xmlFreeDoc(document);
         // The failure is made but not raised: a document that fails validation leaves the
         // programs as they were and the load returns normally.
         InvalidConfigException dropped("Validation of `{0}` failed", path);
         static_cast<void>(dropped);
         return;
     }
-    // No clean-up around the parse: when a parser throws, the tree is not released. This leak,
-    // bounded by one tree per failed load, is accepted behaviour of this version.
-    helper.ParseDocument(xmlDocGetRootElement(document), programs);
-    xmlFreeDoc(document);
+    helper.ParseDocument(xmlDocGetRootElement(document.get()), programs);
 }
 
 bool ConfigurableProgramDocument::TryLoad(const Zon::String& path)

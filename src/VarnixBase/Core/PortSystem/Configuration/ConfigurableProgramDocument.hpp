@@ -33,8 +33,8 @@ public:
     ///   "Invalid XML `{0}`", the programs stay as they were.
     /// - A `Parameter` without exactly one of `value` and `ref`: `InvalidConfigException`
     ///   "Parameter must contain exactly one attribute of `value` or `ref`". The programs then
-    ///   hold the `Program` entries finished before the failing one. On this path the parsed XML
-    ///   tree is not released: a leak of one tree per failed load, accepted in this version.
+    ///   hold the `Program` entries finished before the failing one. The parsed XML tree is
+    ///   released on this path as on every other.
     /// The XML parser neither uses the network nor loads external entities or DTDs, and its own
     /// error output is silenced; its diagnosis shows up only as the exceptions above.
     void Load(const Zon::String& path);
