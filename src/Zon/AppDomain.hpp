@@ -46,7 +46,10 @@ public:
     template <class T>
     T* Find() const
     {
-        return static_cast<T*>(FindObject(CommonTypeName<T>()));
+        // The remembered name of `T`, fetched once per type: a look-up costs the read lock and
+        // the registry's search, not a demangling.
+        static const String& name = CommonTypeNameRefOf(typeid(T));
+        return static_cast<T*>(FindObject(name));
     }
 
     void* FindObject(const String& typeName) const;

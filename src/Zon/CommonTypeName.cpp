@@ -1,8 +1,11 @@
 #include "Zon/CommonTypeName.hpp"
 
 #include <cstdlib>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <typeindex>
 
 #include <boost/algorithm/string/replace.hpp>
 #include <cxxabi.h>
@@ -27,9 +30,24 @@ String CommonTypeNameFromMangled(const char* mangledName)
     return String(std::move(name));
 }
 
+const String& CommonTypeNameRefOf(const std::type_info& type)
+{
+    // A type's name never changes, so it is demangled and rewritten once. The map's nodes never
+    // move and are never removed, so the references handed out stay valid. Leaked on purpose: the
+    // names are asked for by objects destroyed at exit, after static destructors could have run.
+    static auto* const names = new std::map<std::type_index, String>();
+    static auto* const namesLock = new std::mutex();
+    std::lock_guard guard(*namesLock);
+    auto found = names->find(std::type_index(type));
+    if (found == names->end()) {
+        found = names->emplace(std::type_index(type), CommonTypeNameFromMangled(type.name())).first;
+    }
+    return found->second;
+}
+
 String CommonTypeNameOf(const std::type_info& type)
 {
-    return CommonTypeNameFromMangled(type.name());
+    return CommonTypeNameRefOf(type);
 }
 
 } // namespace Zon

@@ -45,3 +45,21 @@ TEST(CommonTypeName, FailsWhenDemanglingGivesNothing)
         EXPECT_STREQ(error.what(), "Demangling of type name '' failed.");
     }
 }
+
+TEST(CommonTypeName, ARepeatedCallGivesTheSameText)
+{
+    // The name is formed once and remembered; every later call gives the same text.
+    auto first = Zon::CommonTypeName<Outer::Inner::Box<Outer::Inner::Color>>();
+    EXPECT_EQ(first, "Outer.Inner.Box<Outer.Inner.Color>");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(Zon::CommonTypeName<Outer::Inner::Box<Outer::Inner::Color>>(), first);
+        EXPECT_EQ(Zon::CommonTypeNameOf(typeid(Outer::Inner::Box<Outer::Inner::Color>)), first);
+    }
+    // The remembered text is one object: its address does not change between calls.
+    const Zon::String& remembered = Zon::CommonTypeNameRefOf(typeid(Outer::Inner::Box<Outer::Inner::Color>));
+    EXPECT_EQ(&remembered, &Zon::CommonTypeNameRefOf(typeid(Outer::Inner::Box<Outer::Inner::Color>)));
+    EXPECT_EQ(remembered, first);
+    // Distinct types keep distinct names.
+    EXPECT_EQ(Zon::CommonTypeNameRefOf(typeid(Outer::Inner::Box<Outer::Inner::Record>)),
+              "Outer.Inner.Box<Outer.Inner.Record>");
+}

@@ -76,6 +76,12 @@ struct DocumentOutline {
 /// not well-formed XML.
 DocumentOutline ReadOutline(const std::string& path);
 
+/// Reads the outline as `ReadOutline` does, through the parsed document's tree. `ReadOutline` reads
+/// the parser's events instead and turns to this for what the tree alone decides: documents with a
+/// document type declaration, an undeclared namespace prefix or a reference in an attribute value,
+/// and elements past line 65534.
+DocumentOutline ReadOutlineFromTree(const std::string& path);
+
 /// The kind of a port by its type name: "device" for "AnalogIn" and "PnDeviceState", "qualified" for
 /// "qualified.*", "plain" otherwise.
 std::string PortKind(const std::string& type);

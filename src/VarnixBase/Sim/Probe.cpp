@@ -1,5 +1,12 @@
 #include "VarnixBase/Sim/Probe.hpp"
 
+#include <iterator>
+#include <mutex>
+#include <optional>
+#include <typeindex>
+#include <typeinfo>
+#include <unordered_map>
+
 #include <fmt/format.h>
 
 #include "VarnixBase/Core/PortSystem/AnalogInPort.hpp"
@@ -110,36 +117,148 @@ void AddCheckReaders(const std::shared_ptr<P>& port, PortProbe& probe, bool with
 }
 
 template <class T>
-bool TryPlainAndQualified(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp, PortProbe& probe)
+bool TryPlain(const std::shared_ptr<IPort>& port, const std::int64_t*, PortProbe& probe)
 {
-    if (auto plain = std::dynamic_pointer_cast<Port<T>>(port)) {
-        probe.column = ColumnFor<T>(port->GetName().ToStdString());
-        std::weak_ptr<Port<T>> weak = plain;
-        probe.read = [weak](TraceSample& sample) {
-            if (auto locked = weak.lock()) {
-                sample.value = ValueText(locked->GetValue());
-            }
-        };
-        AddCheckReaders(plain, probe, false);
-        return true;
+    auto plain = std::dynamic_pointer_cast<Port<T>>(port);
+    if (!plain) {
+        return false;
     }
-    if (auto qualified = std::dynamic_pointer_cast<QualifiedPort<T>>(port)) {
-        probe.column = ColumnFor<T>(port->GetName().ToStdString());
-        probe.column.hasQuality = true;
-        probe.column.hasTimestamp = timestamp != nullptr;
-        probe.timestamp = timestamp;
-        std::weak_ptr<QualifiedPort<T>> weak = qualified;
-        probe.read = [weak, timestamp](TraceSample& sample) {
-            if (auto locked = weak.lock()) {
-                sample.value = ValueText(locked->GetValue());
-                sample.quality = QualityText(locked->GetQuality());
-                sample.timestamp = timestamp != nullptr ? *timestamp : 0;
-            }
-        };
-        AddCheckReaders(qualified, probe, true);
-        return true;
+    probe.column = ColumnFor<T>(port->GetName().ToStdString());
+    std::weak_ptr<Port<T>> weak = plain;
+    probe.read = [weak](TraceSample& sample) {
+        if (auto locked = weak.lock()) {
+            sample.value = ValueText(locked->GetValue());
+        }
+    };
+    AddCheckReaders(plain, probe, false);
+    return true;
+}
+
+template <class T>
+bool TryQualified(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp, PortProbe& probe)
+{
+    auto qualified = std::dynamic_pointer_cast<QualifiedPort<T>>(port);
+    if (!qualified) {
+        return false;
     }
-    return false;
+    probe.column = ColumnFor<T>(port->GetName().ToStdString());
+    probe.column.hasQuality = true;
+    probe.column.hasTimestamp = timestamp != nullptr;
+    probe.timestamp = timestamp;
+    std::weak_ptr<QualifiedPort<T>> weak = qualified;
+    probe.read = [weak, timestamp](TraceSample& sample) {
+        if (auto locked = weak.lock()) {
+            sample.value = ValueText(locked->GetValue());
+            sample.quality = QualityText(locked->GetQuality());
+            sample.timestamp = timestamp != nullptr ? *timestamp : 0;
+        }
+    };
+    AddCheckReaders(qualified, probe, true);
+    return true;
+}
+
+bool TryAnalogIn(const std::shared_ptr<IPort>& port, const std::int64_t*, PortProbe& probe)
+{
+    auto analog = std::dynamic_pointer_cast<AnalogInPort>(port);
+    if (!analog) {
+        return false;
+    }
+    probe.column = ColumnFor<unsigned short>(port->GetName().ToStdString());
+    probe.column.hasQuality = true;
+    std::weak_ptr<AnalogInPort> weak = analog;
+    probe.read = [weak](TraceSample& sample) {
+        if (auto locked = weak.lock()) {
+            sample.value = ValueText(locked->GetValue());
+            sample.quality = QualityText(locked->GetQuality());
+        }
+    };
+    AddCheckReaders(analog, probe, true);
+    return true;
+}
+
+bool TryDeviceState(const std::shared_ptr<IPort>& port, const std::int64_t*, PortProbe& probe)
+{
+    auto device = std::dynamic_pointer_cast<PnDeviceStatePort>(port);
+    if (!device) {
+        return false;
+    }
+    probe.column = ColumnFor<unsigned char>(port->GetName().ToStdString());
+    probe.column.hasQuality = true;
+    std::weak_ptr<PnDeviceStatePort> weak = device;
+    probe.read = [weak](TraceSample& sample) {
+        if (auto locked = weak.lock()) {
+            sample.value = std::to_string(static_cast<unsigned>(locked->GetValue()));
+            sample.quality = QualityText(locked->GetQuality());
+        }
+    };
+    AddCheckReaders(device, probe, true);
+    return true;
+}
+
+using ProbeMaker = bool (*)(const std::shared_ptr<IPort>&, const std::int64_t*, PortProbe&);
+
+/// The port classes the simulator knows, in the order they are tried: the first class the port
+/// is an instance of makes its probe.
+constexpr ProbeMaker ProbeMakers[] = {
+    &TryAnalogIn,
+    &TryDeviceState,
+    &TryPlain<bool>, &TryQualified<bool>,
+    &TryPlain<signed char>, &TryQualified<signed char>,
+    &TryPlain<unsigned char>, &TryQualified<unsigned char>,
+    &TryPlain<short>, &TryQualified<short>,
+    &TryPlain<unsigned short>, &TryQualified<unsigned short>,
+    &TryPlain<int>, &TryQualified<int>,
+    &TryPlain<unsigned int>, &TryQualified<unsigned int>,
+    &TryPlain<long>, &TryQualified<long>,
+    &TryPlain<unsigned long>, &TryQualified<unsigned long>,
+    &TryPlain<float>, &TryQualified<float>,
+    &TryPlain<double>, &TryQualified<double>,
+    &TryPlain<StaticString<80, char>>, &TryQualified<StaticString<80, char>>,
+    &TryPlain<StaticString<512, char>>, &TryQualified<StaticString<512, char>>,
+    &TryPlain<StaticString<80, char16_t>>, &TryQualified<StaticString<80, char16_t>>,
+    &TryPlain<StaticString<512, char16_t>>, &TryQualified<StaticString<512, char16_t>>,
+};
+constexpr std::size_t ProbeMakerCount = std::size(ProbeMakers);
+
+/// Which of `ProbeMakers` took a port, by the port's own (most derived) class: whether a cast
+/// succeeds depends on that class alone, so the walk down the list is done once per class, and
+/// every further port of the class costs one cast. `ProbeMakerCount` means none took it.
+class ProbeMakerChoice {
+public:
+    /// The maker for ports of `type`, or nothing yet known.
+    std::optional<std::size_t> Find(const std::type_info& type)
+    {
+        std::lock_guard guard(lock);
+        auto found = chosen.find(std::type_index(type));
+        return found != chosen.end() ? std::optional<std::size_t>(found->second) : std::nullopt;
+    }
+
+    void Remember(const std::type_info& type, std::size_t maker)
+    {
+        std::lock_guard guard(lock);
+        chosen.emplace(std::type_index(type), maker);
+    }
+
+private:
+    std::mutex lock;
+    std::unordered_map<std::type_index, std::size_t> chosen;
+};
+
+ProbeMakerChoice& Choices()
+{
+    static ProbeMakerChoice choices;
+    return choices;
+}
+
+/// Tries the makers in order; the index of the one that took the port, or `ProbeMakerCount`.
+std::size_t WalkProbeMakers(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp, PortProbe& probe)
+{
+    for (std::size_t maker = 0; maker < ProbeMakerCount; ++maker) {
+        if (ProbeMakers[maker](port, timestamp, probe)) {
+            return maker;
+        }
+    }
+    return ProbeMakerCount;
 }
 
 } // namespace
@@ -244,41 +363,18 @@ std::u16string Utf8ToUtf16(const std::string& text)
 PortProbe MakeProbe(const std::shared_ptr<IPort>& port, const std::int64_t* timestamp)
 {
     PortProbe probe;
-    if (auto analog = std::dynamic_pointer_cast<AnalogInPort>(port)) {
-        probe.column = ColumnFor<unsigned short>(port->GetName().ToStdString());
-        probe.column.hasQuality = true;
-        std::weak_ptr<AnalogInPort> weak = analog;
-        probe.read = [weak](TraceSample& sample) {
-            if (auto locked = weak.lock()) {
-                sample.value = ValueText(locked->GetValue());
-                sample.quality = QualityText(locked->GetQuality());
-            }
-        };
-        AddCheckReaders(analog, probe, true);
-        return probe;
+    const std::type_info& type = typeid(*port);
+    std::size_t maker = ProbeMakerCount;
+    if (auto known = Choices().Find(type)) {
+        maker = *known;
+        if (maker < ProbeMakerCount && !ProbeMakers[maker](port, timestamp, probe)) {
+            maker = WalkProbeMakers(port, timestamp, probe); // cannot happen: the class decides
+        }
+    } else {
+        maker = WalkProbeMakers(port, timestamp, probe);
+        Choices().Remember(type, maker);
     }
-    if (auto device = std::dynamic_pointer_cast<PnDeviceStatePort>(port)) {
-        probe.column = ColumnFor<unsigned char>(port->GetName().ToStdString());
-        probe.column.hasQuality = true;
-        std::weak_ptr<PnDeviceStatePort> weak = device;
-        probe.read = [weak](TraceSample& sample) {
-            if (auto locked = weak.lock()) {
-                sample.value = std::to_string(static_cast<unsigned>(locked->GetValue()));
-                sample.quality = QualityText(locked->GetQuality());
-            }
-        };
-        AddCheckReaders(device, probe, true);
-        return probe;
-    }
-    if (TryPlainAndQualified<bool>(port, timestamp, probe) || TryPlainAndQualified<signed char>(port, timestamp, probe) ||
-        TryPlainAndQualified<unsigned char>(port, timestamp, probe) || TryPlainAndQualified<short>(port, timestamp, probe) ||
-        TryPlainAndQualified<unsigned short>(port, timestamp, probe) || TryPlainAndQualified<int>(port, timestamp, probe) ||
-        TryPlainAndQualified<unsigned int>(port, timestamp, probe) || TryPlainAndQualified<long>(port, timestamp, probe) ||
-        TryPlainAndQualified<unsigned long>(port, timestamp, probe) || TryPlainAndQualified<float>(port, timestamp, probe) ||
-        TryPlainAndQualified<double>(port, timestamp, probe) || TryPlainAndQualified<StaticString<80, char>>(port, timestamp, probe) ||
-        TryPlainAndQualified<StaticString<512, char>>(port, timestamp, probe) ||
-        TryPlainAndQualified<StaticString<80, char16_t>>(port, timestamp, probe) ||
-        TryPlainAndQualified<StaticString<512, char16_t>>(port, timestamp, probe)) {
+    if (maker < ProbeMakerCount) {
         return probe;
     }
     probe.column.name = port->GetName().ToStdString();

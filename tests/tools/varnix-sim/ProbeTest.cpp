@@ -121,6 +121,62 @@ TEST_F(Probes, ReadPlainQualifiedAndDevicePorts)
     EXPECT_EQ(rawSample.quality, "Bad Overrange");
 }
 
+namespace {
+
+/// An application's own port classes: probed as the library class they derive from.
+class CounterPort : public Port<int> {
+public:
+    using Port<int>::Port;
+};
+
+class FilteredLevelPort : public QualifiedPort<float> {
+public:
+    using QualifiedPort<float>::QualifiedPort;
+};
+
+} // namespace
+
+TEST_F(Probes, EveryPortOfAClassIsProbedAsTheFirstOfItsClass)
+{
+    // The class that takes a port is found once per port class; later ports of the same class, and
+    // ports of classes derived from a known one, must still get the probe of their own kind.
+    std::vector<std::shared_ptr<IPort>> ports = {
+        std::make_shared<Port<int>>("a", 1),         std::make_shared<CounterPort>("b", 1),
+        std::make_shared<Port<unsigned char>>("c", 1), std::make_shared<Port<int>>("d", 1),
+        std::make_shared<CounterPort>("e", 1),       std::make_shared<FilteredLevelPort>("f", 1),
+        std::make_shared<QualifiedPort<float>>("g", 1), std::make_shared<FilteredLevelPort>("h", 1),
+    };
+    std::static_pointer_cast<Port<int>>(ports[3])->SetValue(-7);
+    std::static_pointer_cast<Port<int>>(ports[4])->SetValue(42);
+    std::static_pointer_cast<QualifiedPort<float>>(ports[7])->SetValue(2.5f);
+    struct Expected {
+        ValueKind kind;
+        unsigned bits;
+        bool hasQuality;
+        std::string value;
+    };
+    std::vector<Expected> expected = {
+        {ValueKind::Signed, 32, false, "0"}, {ValueKind::Signed, 32, false, "0"},
+        {ValueKind::Unsigned, 8, false, "0"}, {ValueKind::Signed, 32, false, "-7"},
+        {ValueKind::Signed, 32, false, "42"}, {ValueKind::Real, 32, true, "0"},
+        {ValueKind::Real, 32, true, "0"}, {ValueKind::Real, 32, true, "2.5"},
+    };
+    for (int round = 0; round < 2; ++round) {
+        for (std::size_t i = 0; i < ports.size(); ++i) {
+            auto probe = MakeProbe(ports[i]);
+            EXPECT_EQ(probe.column.name, ports[i]->GetName().ToStdString());
+            EXPECT_EQ(probe.column.kind, expected[i].kind) << "port " << i;
+            EXPECT_EQ(probe.column.bits, expected[i].bits) << "port " << i;
+            EXPECT_EQ(probe.column.hasQuality, expected[i].hasQuality) << "port " << i;
+            EXPECT_EQ(Read(probe).value, expected[i].value) << "port " << i;
+            long double number = 0;
+            ASSERT_TRUE(probe.number);
+            EXPECT_TRUE(probe.number(number));
+            EXPECT_EQ(probe.quality != nullptr, expected[i].hasQuality) << "port " << i;
+        }
+    }
+}
+
 TEST_F(Probes, LiteralsAreWrittenByTheVariablesType)
 {
     auto flag = std::make_shared<Port<bool>>("flag", 1);
