@@ -28,6 +28,14 @@ import time
 
 MEMCHECK_STATUS = 97
 
+# Tests that cannot run under memcheck at all, with the reason; the plain and sanitized builds run them.
+LEFT_OUT = {
+    "ProcessTest.AFailingExeclThrowsInTheChildCopy":
+        "its child copy's execl fails on purpose, and valgrind cannot go on in a process whose execve failed",
+    "ThreadPoolQueueTest.AJobThatCapturesMoreThanTheSmallBufferTakesAHeapBlock":
+        "it counts allocations through its own operator new, which valgrind replaces with its own",
+}
+
 
 def memcheck_command(suppressions):
     return ["valgrind", f"--error-exitcode={MEMCHECK_STATUS}", "--leak-check=full",
@@ -72,7 +80,12 @@ def run_suite(key, names, suppressions, timeout):
     """Returns [(label, passed, output)] for one suite: as a group, or test by test."""
     executable, cwd, environment, suite = key
     base = memcheck_command(suppressions) + [executable, "--gtest_also_run_disabled_tests"]
-    status, output, seconds = run(base + [f"--gtest_filter={suite}.*"], cwd, environment, timeout)
+    left_out = [name for name in names if name in LEFT_OUT]
+    names = [name for name in names if name not in LEFT_OUT]
+    if not names:
+        return []
+    group = f"--gtest_filter={suite}.*" + ("-" + ":".join(left_out) if left_out else "")
+    status, output, seconds = run(base + [group], cwd, environment, timeout)
     label = f"{os.path.basename(executable)} {suite}.* ({len(names)} tests, {seconds:.0f} s)"
     if status == 0:
         return [(label, True, "")]
@@ -106,6 +119,8 @@ def main():
         groups = {key: names for key, names in groups.items() if pattern.search(key[3])}
     total = sum(len(names) for names in groups.values())
     print(f"memcheck: {total} tests in {len(groups)} suites, {arguments.jobs} at a time", flush=True)
+    for name, reason in LEFT_OUT.items():
+        print(f"memcheck: leaves out {name}: {reason}", flush=True)
 
     failed = []
     finished = 0
