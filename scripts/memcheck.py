@@ -32,6 +32,9 @@ MEMCHECK_STATUS = 97
 LEFT_OUT = {
     "ProcessTest.AFailingExeclThrowsInTheChildCopy":
         "its child copy's execl fails on purpose, and valgrind cannot go on in a process whose execve failed",
+    "ProcessTest.AWorkingDirectoryThatDoesNotExistFailsOnlyInTheChildCopy":
+        "its child copy of the test process leaves by _exit from inside the test, and the copy's own leak "
+        "check reports what the frames it never returns to still hold; the parent, the test itself, is clean",
     "ThreadPoolQueueTest.AJobThatCapturesMoreThanTheSmallBufferTakesAHeapBlock":
         "it counts allocations through its own operator new, which valgrind replaces with its own",
 }
