@@ -17,6 +17,7 @@
 #include "Zon/Host/Clock.hpp"
 #include "Zon/Host/Component.hpp"
 #include "Zon/Host/FileSystemRoot.hpp"
+#include "Zon/Host/HeapPages.hpp"
 #include "Zon/Host/PortPublisher.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/Host/StructBuilder.hpp"

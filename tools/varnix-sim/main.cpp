@@ -27,6 +27,7 @@
 #include "Schema.hpp"
 #include "VarnixSimBuildInfo.hpp"
 #include "Zon/Exception.hpp"
+#include "Zon/Host/HeapPages.hpp"
 #include "Zon/Host/Runtime.hpp"
 
 using namespace VarnixBase::Sim;
@@ -440,6 +441,9 @@ int Types()
 
 int main(int argc, char** argv)
 {
+    // Building a program of thousands of ports and connectors touches tens of megabytes; in large
+    // pages that costs a few hundred page faults instead of over ten thousand (docs/benchmarks.md).
+    Zon::Host::PrepareHeapForLargePrograms();
     CLI::App app{"varnix-sim: plays the controller for a configurable program on a PC"};
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "Help for every command");

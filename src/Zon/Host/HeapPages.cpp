@@ -1,0 +1,97 @@
+#include "Zon/Host/HeapPages.hpp"
+
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace Zon::Host {
+
+namespace {
+
+constexpr std::uintptr_t LargePage = std::uintptr_t{2} << 20;
+
+} // namespace
+
+bool PrepareHeapForLargePrograms(std::size_t reserve) noexcept
+{
+#if defined(__GLIBC__)
+    if (reserve < LargePage || reserve > static_cast<std::size_t>(INT_MAX) / 2) {
+        return false;
+    }
+    const int step = static_cast<int>(reserve);
+    // Each growth of the heap adds `reserve` beyond what the request needs; a free at the top
+    // gives memory back only beyond twice that, so the advised span is not returned and taken
+    // again in small pages; blocks below `reserve` come from the heap, not from a mapping of
+    // their own.
+    if (mallopt(M_TOP_PAD, step) != 1 || mallopt(M_TRIM_THRESHOLD, 2 * step) != 1 ||
+        mallopt(M_MMAP_THRESHOLD, step) != 1) {
+        return false;
+    }
+    // A block of half the step makes the heap grow now, by the block and the step, so that the
+    // span exists to be advised. Its pages are not touched.
+    void* probe = std::malloc(reserve / 2);
+    if (probe == nullptr) {
+        return false;
+    }
+    const auto begin = reinterpret_cast<std::uintptr_t>(probe);
+    const auto end = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    bool advised = false;
+    // Under a sanitizer or valgrind the block is not on the brk heap: it lies elsewhere, so the
+    // span from it to the break is no span of the heap, and nothing is advised.
+    if (begin < end && end - begin <= 4 * static_cast<std::uintptr_t>(reserve)) {
+        const std::uintptr_t first = (begin + LargePage - 1) & ~(LargePage - 1);
+        const std::uintptr_t last = end & ~(LargePage - 1);
+        if (first < last) {
+            advised = madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE) == 0;
+        }
+    }
+    std::free(probe);
+    return advised;
+#else
+    (void)reserve;
+    return false;
+#endif
+}
+
+bool HeapIsAdvisedForLargePages()
+{
+    const auto brk = reinterpret_cast<std::uintptr_t>(sbrk(0));
+    std::ifstream smaps("/proc/self/smaps");
+    std::string line;
+    bool inHeap = false;
+    while (std::getline(smaps, line)) {
+        // A mapping's first line: "start-end perms offset dev inode [path]".
+        std::uintptr_t start = 0;
+        std::uintptr_t stop = 0;
+        char dash = 0;
+        std::istringstream head(line);
+        if (head >> std::hex >> start >> dash >> stop && dash == '-') {
+            // The advised span ends at the break, rounded down to a large page.
+            const auto lastAdvised = (brk & ~(LargePage - 1)) - 1;
+            inHeap = start <= lastAdvised && lastAdvised < stop;
+            continue;
+        }
+        if (inHeap && line.rfind("VmFlags:", 0) == 0) {
+            std::istringstream flags(line.substr(8));
+            std::string flag;
+            while (flags >> flag) {
+                if (flag == "hg") {
+                    return true;
+                }
+            }
+            return false;
+        }
+    }
+    return false;
+}
+
+} // namespace Zon::Host
