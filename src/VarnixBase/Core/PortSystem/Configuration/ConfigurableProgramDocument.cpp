@@ -45,15 +45,13 @@ private:
     void* previousContext;
 };
 
-/// Parses the file at a machine path, or gives null when it is no well-formed XML. The options
-/// allow no network access, load no external DTD, substitute no entities and add no DTD default
-/// attributes: an external entity stays an unexpanded reference, and one inside an attribute
-/// value makes the document invalid.
+/// Parses the file at a machine path, or gives null when it is no well-formed XML, with the
+/// options of the helper that reads the tree.
 xmlDoc* ReadXml(const std::string& machinePath)
 {
     xmlInitParser();
     QuietXmlErrors quiet;
-    return xmlReadFile(machinePath.c_str(), nullptr, XML_PARSE_NONET);
+    return xmlReadFile(machinePath.c_str(), nullptr, ConfigurableProgramDocumentHelper::ReadOptions);
 }
 
 } // namespace

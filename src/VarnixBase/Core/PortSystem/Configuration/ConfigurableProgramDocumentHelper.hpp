@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <libxml/parser.h>
 #include <libxml/tree.h>
 
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramSettings.hpp"
@@ -32,6 +33,14 @@ public:
     explicit ConfigurableProgramDocumentHelper(LoggerBase& logger) noexcept : logger(logger) {}
     ConfigurableProgramDocumentHelper(const ConfigurableProgramDocumentHelper&) = delete;
     ConfigurableProgramDocumentHelper& operator=(const ConfigurableProgramDocumentHelper&) = delete;
+
+    /// The libxml2 options with which a document is read into the tree these parsers take. No
+    /// network access, no external DTD, no entity substitution, no DTD default attributes (an
+    /// external entity stays an unexpanded reference, and one inside an attribute value makes the
+    /// document invalid). The tree leaves out blank text between elements and keeps short texts
+    /// inside their nodes: the parsers read elements and attributes only, never text nodes, so they
+    /// see the same tree as with all blanks kept, in less memory and time.
+    static constexpr int ReadOptions = XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_COMPACT;
 
     /// No schema is applied to the document: this always answers true.
     bool VerifyDocument();
