@@ -25,6 +25,8 @@ using Configuration::ConfigurableProgramDocumentHelper;
 using Configuration::ParameterSettings;
 using Zon::System::Commons::Io::File;
 using Zon::System::Commons::Io::Path;
+using Zon::System::Commons::Diagnostics::Logging::LoggerBase;
+using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 
 namespace {
 
@@ -139,10 +141,13 @@ void ConfigurableProgramBuilder::AddPorts()
                 for (const auto& quality : portSettings.qualityProviders) {
                     impl->qualityBindings.push_back(QualityBinding{port, quality.ref});
                 }
-                GetLogger().Debug("Add port `{}`, type: `{}`, attributes: `{}` to `{}`", portSettings.name,
-                                  portSettings.type,
-                                  ConfigurableProgramDocumentHelper::ConvertToString(port->GetAttributes(), '|'),
-                                  program.GetTypeName());
+                // The attributes' text is made only for a log that shows this line.
+                if (LoggerBase::IsEnabled(LogLevel::Debug)) {
+                    GetLogger().Debug("Add port `{}`, type: `{}`, attributes: `{}` to `{}`", portSettings.name,
+                                      portSettings.type,
+                                      ConfigurableProgramDocumentHelper::ConvertToString(port->GetAttributes(), '|'),
+                                      program.GetTypeName());
+                }
                 program.GetPortProvider().AddPort(port);
             } catch (const Zon::Exception& failure) {
                 impl->Report(failure);
