@@ -7,6 +7,7 @@
 //   varnix-sim map DOCUMENT      print the Modbus address map of the program's ports
 //   varnix-sim types             list the registered port types and connector type pairs
 #include <atomic>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -49,15 +50,33 @@ void RequestStop(int)
     stopRequested.store(true, std::memory_order_relaxed);
 }
 
+/// A cycle time: digits, optionally a point and more digits, then "us", "ms" or "s".
 std::chrono::microseconds ParseDuration(const std::string& text)
 {
-    static const std::regex pattern("^([0-9]+(?:\\.[0-9]+)?)(us|ms|s)$");
-    std::smatch match;
-    if (!std::regex_match(text, match, pattern)) {
+    std::size_t end = 0;
+    auto digits = [&] {
+        const std::size_t start = end;
+        while (end < text.size() && text[end] >= '0' && text[end] <= '9') {
+            ++end;
+        }
+        return end > start;
+    };
+    bool wellFormed = digits();
+    if (wellFormed && end < text.size() && text[end] == '.') {
+        ++end;
+        wellFormed = digits();
+    }
+    const std::string_view unit = std::string_view(text).substr(end);
+    double value = 0;
+    if (!wellFormed || (unit != "us" && unit != "ms" && unit != "s") ||
+        std::from_chars(text.data(), text.data() + end, value).ec != std::errc()) {
         throw UsageError(fmt::format("--cycle-time {}: expected a duration such as 10ms, 500us or 1s", text));
     }
-    double value = std::stod(match[1].str());
-    double factor = match[2] == "us" ? 1.0 : match[2] == "ms" ? 1e3 : 1e6;
+    const double factor = unit == "us" ? 1.0 : unit == "ms" ? 1e3 : 1e6;
+    // Beyond what microseconds in 64 bits hold, the conversion below would be undefined.
+    if (value * factor >= 9.2e18) {
+        throw UsageError(fmt::format("--cycle-time {}: too long for a cycle time", text));
+    }
     auto micros = static_cast<long long>(value * factor);
     if (micros <= 0) {
         throw UsageError(fmt::format("--cycle-time {}: must be at least 1us", text));

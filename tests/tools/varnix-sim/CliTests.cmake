@@ -79,6 +79,21 @@ varnix_sim_test(NoCommand RC 2 ARGS "" STDERR_LINES 1)
 varnix_sim_test(UnknownType RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--type|Nope"
   STDERR_REGEX "no Program of type 'Nope' \\(the document has: TankProgram\\)" STDERR_LINES 1)
 varnix_sim_test(BadCycleTime RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|fast" STDERR_LINES 1)
+varnix_sim_test(CycleTimeWithAFraction RC 0
+  ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|1.5ms|--cycles|2|--format|csv"
+  STDOUT_REGEX "\n1,1767225600000000,[^\n]*\n2,1767225600001500,")
+varnix_sim_test(CycleTimeInSeconds RC 0
+  ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|2s|--cycles|2|--format|csv"
+  STDOUT_REGEX "\n1,1767225600000000,[^\n]*\n2,1767225602000000,")
+varnix_sim_test(CycleTimePointWithoutDigits RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|1.ms"
+  STDERR_REGEX "^varnix-sim: --cycle-time 1.ms: expected a duration such as 10ms, 500us or 1s\n$" STDERR_LINES 1)
+varnix_sim_test(CycleTimeUnitInCapitals RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|10MS"
+  STDERR_REGEX "^varnix-sim: --cycle-time 10MS: expected a duration such as 10ms, 500us or 1s\n$" STDERR_LINES 1)
+varnix_sim_test(CycleTimeBelowAMicrosecond RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|0.4us"
+  STDERR_REGEX "^varnix-sim: --cycle-time 0.4us: must be at least 1us\n$" STDERR_LINES 1)
+varnix_sim_test(CycleTimeBeyondSixtyFourBits RC 2
+  ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|99999999999999999999999s"
+  STDERR_REGEX "^varnix-sim: --cycle-time 99999999999999999999999s: too long for a cycle time\n$" STDERR_LINES 1)
 varnix_sim_test(BadStimulusFile RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--stimulus|none.csv"
   STDERR_REGEX "none.csv: cannot open the stimulus file" STDERR_LINES 1)
 varnix_sim_test(GraphSvgOrClearMessage RC 0 ARGS "graph|examples/tank/TankProgram.prog.config|--output|${CMAKE_CURRENT_BINARY_DIR}/tank.svg")
