@@ -61,6 +61,27 @@ def cpu_model():
     return platform.processor() or "?"
 
 
+def print_simulator_startup(data):
+    """The simulator's start-up timed from outside (bench/sim_startup.py): each program beside the
+    floor, the same process without a program."""
+    floor = data["floor"]
+    print("\n## The simulator's start-up, from outside\n")
+    print("`bench/sim_startup.py` runs the built `varnix-sim` as a user does, on documents of N float64")
+    print("ports and N scale connectors with a `gain` each (bench/gen_program.py), one cycle. Wall time,")
+    print(f"user and system CPU of the process, median of {floor['runs']} runs. The floor is")
+    print("`varnix-sim --version`: starting the process and loading its libraries, no program.\n")
+    print("| command | wall | fastest | user CPU | system CPU | wall above the floor | per item |")
+    print("|---|---|---|---|---|---|---|")
+    print(f"| `{floor['command']}` (the floor) | {show(floor['wall_s'] * 1e9)} | {show(floor['wall_min_s'] * 1e9)} "
+          f"| {show(floor['user_s'] * 1e9)} | {show(floor['system_s'] * 1e9)} | - | - |")
+    for figure in data["programs"]:
+        above = figure["wall_s"] - floor["wall_s"]
+        per_item = show(above / figure["items"] * 1e9) if figure["items"] >= 100 else "-"
+        print(f"| `{figure['command']}` | {show(figure['wall_s'] * 1e9)} | {show(figure['wall_min_s'] * 1e9)} "
+              f"| {show(figure['user_s'] * 1e9)} | {show(figure['system_s'] * 1e9)} | {show(above * 1e9)} "
+              f"| {per_item} |")
+
+
 def main():
     folder = pathlib.Path(sys.argv[1])
     findings = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None
@@ -140,6 +161,9 @@ def main():
         for suite, name, extra in counter_rows:
             cells = [show(extra[k]) if k in extra else "-" for k in counter_names]
             print(f"| {suite} | `{name}` | " + " | ".join(cells) + " |")
+    startup = folder / "cli" / "startup.json"
+    if startup.exists():
+        print_simulator_startup(json.loads(startup.read_text()))
     if findings and findings.exists():
         print()
         print(findings.read_text().rstrip())

@@ -32,8 +32,12 @@ bool PrepareHeapForLargePrograms(std::size_t reserve) noexcept
     // gives memory back only beyond twice that, so the advised span is not returned and taken
     // again in small pages; blocks below `reserve` come from the heap, not from a mapping of
     // their own.
+    // Small blocks are merged with their free neighbours when they are freed, not kept in fast
+    // bins to be merged in bulk when a large block is asked for: building a program frees tens of
+    // thousands of small blocks between large requests, and the bulk merge walked them all again,
+    // out of cache.
     if (mallopt(M_TOP_PAD, step) != 1 || mallopt(M_TRIM_THRESHOLD, 2 * step) != 1 ||
-        mallopt(M_MMAP_THRESHOLD, step) != 1) {
+        mallopt(M_MMAP_THRESHOLD, step) != 1 || mallopt(M_MXFAST, 0) != 1) {
         return false;
     }
     // A block of half the step makes the heap grow now, by the block and the step, so that the
