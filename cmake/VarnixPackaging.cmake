@@ -120,7 +120,8 @@ and the pkg-config file varnixbase.pc.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME varnixbase-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION devel)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libvarnixbase1 (= ${varnix_deb_version})")
+# The simulator holds the project's code itself (tools/varnix-sim/CMakeLists.txt): it needs only
+# what dpkg-shlibdeps finds, not libvarnixbase1.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "graphviz, libxml2-utils")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION "configurable programs for industrial controllers - simulator
 varnix-sim plays the controller for a configurable program on a PC: it builds
