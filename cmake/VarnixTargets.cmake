@@ -40,9 +40,9 @@ function(varnix_add_library target)
     list(FILTER headers EXCLUDE REGEX "^${ARG_DIRECTORY}/${subdir}/")
   endforeach()
   # The sources are compiled once, into <target>.objects, and the shared library is made of those
-  # objects. The simulator takes the same objects into its own executable (varnix_link_objects):
-  # a process that starts with the project's code inside it resolves none of its symbols at load
-  # time, which was a third of a small run of the simulator. <target>.objects links the .objects
+  # objects. The simulator links the same objects into its own executable
+  # (tools/varnix-sim/CMakeLists.txt): a process that starts with the project's code inside it
+  # resolves none of the project's symbols at load time (about 3 ms of every run, docs/packaging.md). <target>.objects links the .objects
   # of the project's libraries it depends on, for their headers and their outside libraries only:
   # the objects themselves go only into a target that links them directly.
   set(object_links)

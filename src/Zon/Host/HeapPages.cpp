@@ -32,6 +32,7 @@ bool PrepareHeapForLargePrograms(std::size_t reserve) noexcept
     // gives memory back only beyond twice that, so the advised span is not returned and taken
     // again in small pages; blocks below `reserve` come from the heap, not from a mapping of
     // their own.
+    //
     // Small blocks are merged with their free neighbours when they are freed, not kept in fast
     // bins to be merged in bulk when a large block is asked for: building a program frees tens of
     // thousands of small blocks between large requests, and the bulk merge walked them all again,
