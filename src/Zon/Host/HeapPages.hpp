@@ -16,6 +16,10 @@ namespace Zon::Host {
 /// Small blocks are also merged with their free neighbours as they are freed (no fast bins), which
 /// spares the allocator a walk over all of them at each later large request.
 ///
+/// The heap's first blocks come from the advised span too: the stretch below its first large page
+/// boundary (the heap rarely starts on one) is kept by a block that is never used, so that a small
+/// program does not take its first megabytes in small pages.
+///
 /// Only memory and time change: allocations, their contents and their addresses' validity are
 /// the allocator's as before. Pages of the span are taken from the system only when first touched,
 /// in blocks of the large page size, so a small program's resident memory grows by at most a few
@@ -30,5 +34,9 @@ bool PrepareHeapForLargePrograms(std::size_t reserve = std::size_t{64} << 20) no
 /// Whether the heap's span at the current program break is advised for large pages (reads
 /// /proc/self/smaps; for tests and diagnostics).
 bool HeapIsAdvisedForLargePages();
+
+/// Whether the mapping that holds `address` is advised for large pages (reads /proc/self/smaps;
+/// for tests and diagnostics).
+bool IsAdvisedForLargePages(const void* address);
 
 } // namespace Zon::Host

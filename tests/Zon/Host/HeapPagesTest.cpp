@@ -30,6 +30,18 @@ bool UnderASanitizerOrValgrind()
 #endif
 }
 
+/// Why this process's heap cannot be advised, or null when it can.
+const char* WhyNoAdviceCanBeGiven()
+{
+    if (UnderASanitizerOrValgrind()) {
+        return "the allocator of a sanitizer or valgrind keeps its blocks off the brk heap";
+    }
+    if (!std::filesystem::exists("/sys/kernel/mm/transparent_hugepage/enabled")) {
+        return "this kernel has no transparent huge pages (/sys/kernel/mm/transparent_hugepage)";
+    }
+    return nullptr;
+}
+
 TEST(HeapPagesTest, TheHeapAtTheBreakIsAdvisedExactlyWhenPreparingSaysSo)
 {
     const bool advised = Zon::Host::PrepareHeapForLargePrograms();
@@ -38,11 +50,8 @@ TEST(HeapPagesTest, TheHeapAtTheBreakIsAdvisedExactlyWhenPreparingSaysSo)
 
 TEST(HeapPagesTest, OnTheCLibrarysHeapTheAdviceIsGiven)
 {
-    if (UnderASanitizerOrValgrind()) {
-        GTEST_SKIP() << "the allocator of a sanitizer or valgrind keeps its blocks off the brk heap";
-    }
-    if (!std::filesystem::exists("/sys/kernel/mm/transparent_hugepage/enabled")) {
-        GTEST_SKIP() << "this kernel has no transparent huge pages (/sys/kernel/mm/transparent_hugepage)";
+    if (const char* why = WhyNoAdviceCanBeGiven()) {
+        GTEST_SKIP() << why;
     }
     ASSERT_TRUE(Zon::Host::PrepareHeapForLargePrograms());
     EXPECT_TRUE(Zon::Host::HeapIsAdvisedForLargePages());
@@ -55,6 +64,20 @@ TEST(HeapPagesTest, OnTheCLibrarysHeapTheAdviceIsGiven)
     EXPECT_FALSE(Zon::Host::HeapIsAdvisedForLargePages());
     ASSERT_EQ(madvise(page, LargePageSize, MADV_HUGEPAGE), 0);
     EXPECT_TRUE(Zon::Host::HeapIsAdvisedForLargePages());
+}
+
+TEST(HeapPagesTest, BlocksAllocatedAfterPreparingLieInTheAdvisedSpan)
+{
+    if (const char* why = WhyNoAdviceCanBeGiven()) {
+        GTEST_SKIP() << why;
+    }
+    ASSERT_TRUE(Zon::Host::PrepareHeapForLargePrograms());
+    // After: the next blocks taken from the heap's top, the first one included, lie in the span
+    // that is advised, not in the stretch below its first large page.
+    for (std::size_t size : {std::size_t{1} << 20, std::size_t{256} << 10, std::size_t{3} << 20}) {
+        std::unique_ptr<unsigned char[]> block(new unsigned char[size]);
+        EXPECT_TRUE(Zon::Host::IsAdvisedForLargePages(block.get())) << size << " bytes";
+    }
 }
 
 TEST(HeapPagesTest, AfterPreparingAllocationsBehaveAsBefore)
