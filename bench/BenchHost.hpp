@@ -20,6 +20,7 @@
 #include "Zon/DateTime.hpp"
 #include "Zon/Host/Clock.hpp"
 #include "Zon/Host/PortPublisher.hpp"
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/Host/TypeLibrary.hpp"
 #include "Zon/Plc/Commons/Meta/TypeSystem/TypeDomain.hpp"
@@ -40,28 +41,6 @@ inline void MakeMultiThreaded()
     (void)started;
 }
 
-/// A directory that stands in for the controller's file system, removed at the end.
-class PrivateRoot {
-public:
-    PrivateRoot()
-    {
-        std::string pattern = (std::filesystem::temp_directory_path() / "varnix-bench-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            throw std::runtime_error("cannot create a private directory");
-        }
-        path = pattern;
-    }
-    ~PrivateRoot()
-    {
-        std::error_code error;
-        std::filesystem::remove_all(path, error);
-    }
-    PrivateRoot(const PrivateRoot&) = delete;
-    PrivateRoot& operator=(const PrivateRoot&) = delete;
-
-    std::filesystem::path path;
-};
-
 /// One simulated controller. Programs are published as instance "App/Main" unless told otherwise.
 class Host {
 public:
@@ -72,7 +51,7 @@ public:
     {
         MakeMultiThreaded();
         Zon::Host::RuntimeOptions options;
-        options.fileSystemRoot = root.path.string();
+        options.fileSystemRoot = root.Path().string();
         options.consoleLevel.reset();
         options.captureLevel.reset();
         runtime = std::make_unique<Zon::Host::Runtime>(options);
@@ -104,7 +83,7 @@ public:
         Zon::String directory = Zon::System::Commons::Io::Path::Combine(
             VarnixBase::Core::Info::GetDataDirectory(), "Core/PortSystem");
         std::filesystem::path file =
-            root.path / std::filesystem::path(directory.ToStdString()).relative_path() / (type + ".prog.config");
+            root.Path() / std::filesystem::path(directory.ToStdString()).relative_path() / (type + ".prog.config");
         std::filesystem::create_directories(file.parent_path());
         std::ofstream stream(file, std::ios::binary | std::ios::trunc);
         stream << xml;
@@ -153,7 +132,8 @@ public:
     }
 
 private:
-    PrivateRoot root;
+    /// Stands in for the controller's file system, removed at the end.
+    Zon::Host::PrivateDirectory root{"varnix-bench"};
     std::unique_ptr<Zon::Host::Runtime> runtime;
     std::unique_ptr<Zon::Host::TypeLibrary> library;
     std::unique_ptr<Zon::Host::PortPublisher> publisher;

@@ -29,6 +29,7 @@
 
 #include "BenchHost.hpp"
 #include "VarnixBase/Core/PortSystem/Port.hpp"
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/Plc/Commons/Meta/DynamicPortsBuilder.hpp"
 
 namespace {
@@ -145,8 +146,8 @@ void BM_StartUp_Baseline(benchmark::State& state)
 {
     const auto count = static_cast<std::size_t>(state.range(0));
     Bench::Host host;
-    Bench::PrivateRoot scratch;
-    const std::string file = (scratch.path / "StartUp.prog.config").string();
+    Zon::Host::PrivateDirectory scratch("varnix-bench");
+    const std::string file = (scratch.Path() / "StartUp.prog.config").string();
     {
         std::ofstream stream(file, std::ios::binary | std::ios::trunc);
         stream << RingDocument(count);

@@ -32,6 +32,7 @@
 
 
 #include "VarnixBase/Core/PortSystem/Configuration/ConfigurableProgramDocument.hpp"
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/System/Commons/InvalidConfigException.hpp"
 
@@ -44,18 +45,12 @@ namespace {
 constexpr const char* documentPath = "/opt/varnix/data/Fuzz.prog.config";
 
 /// The host runtime for the whole run: a temporary file-system root, no console log and no
-/// captured log (the capture would grow with every warning of every input). The root lies in
-/// /dev/shm when that is a writable memory file system, else in the temporary directory.
+/// captured log (the capture would grow with every warning of every input). The root lies where
+/// Zon::Host::PrivateDirectoryBase() says: a memory file system where the machine has one.
 class Host {
 public:
     Host()
     {
-        std::string pattern = (TemporaryBase() / "varnix-fuzz-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            std::perror("mkdtemp");
-            std::abort();
-        }
-        root = pattern;
         std::filesystem::create_directories(root / "opt/varnix/data");
         std::filesystem::path file = root / "opt/varnix/data/Fuzz.prog.config";
         descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
@@ -75,8 +70,6 @@ public:
     {
         runtime.reset();
         ::close(descriptor);
-        std::error_code error;
-        std::filesystem::remove_all(root, error);
     }
 
     Host(const Host&) = delete;
@@ -106,16 +99,8 @@ public:
     }
 
 private:
-    static std::filesystem::path TemporaryBase()
-    {
-        std::error_code error;
-        if (std::filesystem::is_directory("/dev/shm", error) && ::access("/dev/shm", W_OK | X_OK) == 0) {
-            return "/dev/shm";
-        }
-        return std::filesystem::temp_directory_path();
-    }
-
-    std::filesystem::path root;
+    Zon::Host::PrivateDirectory directory{"varnix-fuzz"};
+    const std::filesystem::path& root = directory.Path();
     int descriptor = -1;
     std::optional<Zon::Host::Runtime> runtime;
 };

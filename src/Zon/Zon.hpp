@@ -19,6 +19,7 @@
 #include "Zon/Host/FileSystemRoot.hpp"
 #include "Zon/Host/HeapPages.hpp"
 #include "Zon/Host/PortPublisher.hpp"
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/Host/StructBuilder.hpp"
 #include "Zon/Host/TypeLibrary.hpp"

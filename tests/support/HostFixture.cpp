@@ -7,24 +7,9 @@
 
 namespace VarnixTest {
 
-TempDir::TempDir()
-{
-    std::string pattern = (std::filesystem::temp_directory_path() / "varnix-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("cannot create a temporary directory");
-    }
-    path = pattern;
-}
-
-TempDir::~TempDir()
-{
-    std::error_code error;
-    std::filesystem::remove_all(path, error);
-}
-
 std::filesystem::path TempDir::WriteFile(const std::string& relative, const std::string& content) const
 {
-    std::filesystem::path file = path / relative;
+    std::filesystem::path file = Path() / relative;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream stream(file, std::ios::binary | std::ios::trunc);
     stream << content;

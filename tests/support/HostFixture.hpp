@@ -6,26 +6,24 @@
 
 #include <gtest/gtest.h>
 
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/System/Commons/Diagnostics/Logging/LogSink.hpp"
 
 namespace VarnixTest {
 
-/// A fresh directory under the system's temporary directory, removed with its content when the
-/// object goes.
+/// A fresh directory where Zon::Host::PrivateDirectoryBase() says, removed with its content when
+/// the object goes.
 class TempDir {
 public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
+    TempDir() = default;
 
-    const std::filesystem::path& Path() const noexcept { return path; }
+    const std::filesystem::path& Path() const noexcept { return directory.Path(); }
     /// Writes `content` to `relative` below the directory, creating directories as needed.
     std::filesystem::path WriteFile(const std::string& relative, const std::string& content) const;
 
 private:
-    std::filesystem::path path;
+    Zon::Host::PrivateDirectory directory{"varnix-test"};
 };
 
 /// A test with a host runtime whose file-system root is a fresh temporary directory and whose

@@ -464,6 +464,8 @@ int main(int argc, char** argv)
     // pages that costs a few hundred page faults instead of over ten thousand (docs/benchmarks.md).
     Zon::Host::PrepareHeapForLargePrograms();
     CLI::App app{"varnix-sim: plays the controller for a configurable program on a PC"};
+    app.footer("Environment: the simulated controller's file system is a private directory in TMPDIR when it\n"
+               "is set, else in XDG_RUNTIME_DIR or /dev/shm (memory), else in /tmp; it is removed at the end.");
     app.require_subcommand(1);
     app.set_help_all_flag("--help-all", "Help for every command");
     app.set_version_flag("--version", fmt::format("varnix-sim {}", BuildInfo::Version), "Print the version and exit");

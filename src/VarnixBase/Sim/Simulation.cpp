@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <system_error>
 #include <thread>
 
 #include <fmt/format.h>
@@ -21,6 +22,7 @@
 #include "Zon/Exception.hpp"
 #include "Zon/Host/Clock.hpp"
 #include "Zon/Host/PortPublisher.hpp"
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/Host/Runtime.hpp"
 #include "Zon/Host/TypeLibrary.hpp"
 #include "Zon/Plc/Commons/DataType.hpp"
@@ -39,23 +41,16 @@ using Zon::System::Commons::Diagnostics::Logging::LogLevel;
 namespace {
 
 /// A private directory that stands in for the controller's file system, removed at the end.
-class PrivateRoot {
-public:
-    PrivateRoot()
-    {
-        std::string pattern = (fs::temp_directory_path() / "varnix-sim-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) {
-            throw UsageError("cannot create a private directory for the simulated controller");
-        }
-        path = pattern;
+Zon::Host::PrivateDirectory MakePrivateRoot()
+{
+    try {
+        return Zon::Host::PrivateDirectory("varnix-sim");
+    } catch (const std::system_error& error) {
+        throw UsageError(fmt::format("cannot create a private directory for the simulated controller ({}); "
+                                     "set TMPDIR to a writable directory",
+                                     error.what()));
     }
-    ~PrivateRoot()
-    {
-        std::error_code error;
-        fs::remove_all(path, error);
-    }
-    fs::path path;
-};
+}
 
 struct PreparedStimulus {
     std::uint64_t cycle;
@@ -95,7 +90,7 @@ struct Simulation::Impl {
     DocumentOutline outline;
     OutlineProgram program;
     std::string type;
-    PrivateRoot root;
+    Zon::Host::PrivateDirectory root = MakePrivateRoot();
     std::unique_ptr<Zon::Host::Runtime> runtime;
     std::unique_ptr<Zon::Host::TypeLibrary> library;
     std::unique_ptr<Zon::Host::PortPublisher> publisher;
@@ -227,7 +222,7 @@ Simulation::Simulation(const SimulationOptions& options) : impl(std::make_unique
     }
 
     Zon::Host::RuntimeOptions runtimeOptions;
-    runtimeOptions.fileSystemRoot = impl->root.path.string();
+    runtimeOptions.fileSystemRoot = impl->root.Path().string();
     runtimeOptions.consoleLevel = options.consoleLevel;
     if (options.captureLog) {
         runtimeOptions.captureLevel = LogLevel::Trace;
@@ -245,9 +240,17 @@ Simulation::Simulation(const SimulationOptions& options) : impl(std::make_unique
     // The document goes where the library reads a program type's configuration.
     Zon::String directory = Zon::System::Commons::Io::Path::Combine(VarnixBase::Core::Info::GetDataDirectory(),
                                                                      "Core/PortSystem");
-    fs::path target = impl->root.path / fs::path(directory.ToStdString()).relative_path() / (impl->type + ".prog.config");
-    fs::create_directories(target.parent_path());
-    fs::copy_file(options.document, target, fs::copy_options::overwrite_existing);
+    fs::path target = impl->root.Path() / fs::path(directory.ToStdString()).relative_path() / (impl->type + ".prog.config");
+    try {
+        fs::create_directories(target.parent_path());
+        fs::copy_file(options.document, target, fs::copy_options::overwrite_existing);
+    } catch (const fs::filesystem_error& error) {
+        // A memory file system may be small (a container's /dev/shm has 64 MB).
+        throw UsageError(fmt::format("{}: cannot copy the document into the simulated controller's file system "
+                                     "in {} ({}); set TMPDIR to a directory with room",
+                                     options.document, impl->root.Path().parent_path().string(),
+                                     error.code().message()));
+    }
 
     std::string componentName = options.instance.substr(0, slash);
     impl->library = std::make_unique<Zon::Host::TypeLibrary>(componentName, componentName);

@@ -3,9 +3,10 @@ set(sim_run "${CMAKE_CURRENT_LIST_DIR}/RunCli.cmake")
 set(docs "${CMAKE_CURRENT_LIST_DIR}/documents")
 set(examples "${PROJECT_SOURCE_DIR}/examples")
 
-# varnix_sim_test(NAME ARGS a|b|c RC n [STDOUT file] [STDOUT_REGEX re] [STDERR_REGEX re] [STDERR_LINES n])
+# varnix_sim_test(NAME ARGS a|b|c RC n [STDOUT file] [STDOUT_REGEX re] [STDERR_REGEX re] [STDERR_LINES n]
+#                 [ENV NAME=VALUE...])
 function(varnix_sim_test name)
-  cmake_parse_arguments(T "" "ARGS;RC;STDOUT;STDOUT_REGEX;STDERR_REGEX;STDERR_LINES" "" ${ARGN})
+  cmake_parse_arguments(T "" "ARGS;RC;STDOUT;STDOUT_REGEX;STDERR_REGEX;STDERR_LINES" "ENV" ${ARGN})
   set(defines -DSIM=$<TARGET_FILE:varnix-sim> "-DARGS=${T_ARGS}" -DWORKDIR=${PROJECT_SOURCE_DIR} -DEXPECT_RC=${T_RC})
   if(T_STDOUT)
     list(APPEND defines "-DEXPECT_STDOUT=${T_STDOUT}")
@@ -20,6 +21,9 @@ function(varnix_sim_test name)
     list(APPEND defines "-DSTDERR_LINES=${T_STDERR_LINES}")
   endif()
   add_test(NAME VarnixSimCli.${name} COMMAND ${CMAKE_COMMAND} ${defines} -P ${sim_run})
+  if(T_ENV)
+    set_tests_properties(VarnixSimCli.${name} PROPERTIES ENVIRONMENT "${T_ENV}")
+  endif()
 endfunction()
 
 # Each example against its golden trace (virtual time makes them exact).
@@ -94,6 +98,14 @@ varnix_sim_test(CycleTimeBelowAMicrosecond RC 2 ARGS "run|examples/tank/TankProg
 varnix_sim_test(CycleTimeBeyondSixtyFourBits RC 2
   ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|99999999999999999999999s"
   STDERR_REGEX "^varnix-sim: --cycle-time 99999999999999999999999s: too long for a cycle time\n$" STDERR_LINES 1)
+# The controller's file system is a private directory in TMPDIR when it is set: one that is not
+# there stops the run with what to do.
+varnix_sim_test(TemporaryDirectoryMissing RC 2 ARGS "run|examples/tank/TankProgram.prog.config"
+  ENV "TMPDIR=/nonexistent/varnix-tmp"
+  STDERR_REGEX "^varnix-sim: cannot create a private directory for the simulated controller \\(cannot create a directory in /nonexistent/varnix-tmp: No such file or directory\\). set TMPDIR to a writable directory\n$"
+  STDERR_LINES 1)
+varnix_sim_test(EnvironmentInHelp RC 0 ARGS "--help"
+  STDOUT_REGEX "Environment: the simulated controller's file system is a private directory in TMPDIR")
 varnix_sim_test(BadStimulusFile RC 2 ARGS "run|examples/tank/TankProgram.prog.config|--stimulus|none.csv"
   STDERR_REGEX "none.csv: cannot open the stimulus file" STDERR_LINES 1)
 varnix_sim_test(GraphSvgOrClearMessage RC 0 ARGS "graph|examples/tank/TankProgram.prog.config|--output|${CMAKE_CURRENT_BINARY_DIR}/tank.svg")

@@ -1,9 +1,13 @@
 // Runs of a simulated program without a trace: the cycles are timed together, and stimuli still
 // reach the ports before their cycles.
 #include <algorithm>
+#include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
+
+#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +17,7 @@
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"
 #include "TankDocument.hpp"
 #include "support/HostFixture.hpp"
+#include "Zon/Host/PrivateDirectory.hpp"
 #include "Zon/System/Commons/InvalidOperationException.hpp"
 
 using namespace VarnixBase::Sim;
@@ -182,4 +187,55 @@ TEST_F(SimulationTest, TheCycleProblemsAreThoseTheFullCheckReports)
         EXPECT_EQ(fromCheck[i].message, cycles[i].message);
         EXPECT_EQ(fromCheck[i].severity, "error");
     }
+}
+
+namespace {
+
+/// Files written by this process end at `bytes` while the object lives; writing beyond gives an
+/// error (the signal that would end the process is ignored meanwhile).
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        ::getrlimit(RLIMIT_FSIZE, &saved);
+        previous = std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit = saved;
+        limit.rlim_cur = bytes;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &saved);
+        std::signal(SIGXFSZ, previous);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit saved{};
+    void (*previous)(int) = SIG_DFL;
+};
+
+} // namespace
+
+TEST_F(SimulationTest, ADocumentThatFindsNoRoomInTheControllersFileSystemSaysWhatToDo)
+{
+    auto options = Options();
+    ASSERT_GT(std::filesystem::file_size(options.document), 100u);
+    std::string message;
+    {
+        // The copy into the private root is cut short, as on a full memory file system.
+        FileSizeLimit limit(100);
+        try {
+            Simulation simulation(options);
+        } catch (const UsageError& error) {
+            message = error.what();
+        }
+    }
+    EXPECT_EQ(message.rfind(options.document + ": cannot copy the document into the simulated controller's file system in " +
+                                Zon::Host::PrivateDirectoryBase().string() + " (",
+                            0),
+              0u)
+        << message;
+    EXPECT_NE(message.find("); set TMPDIR to a directory with room"), std::string::npos) << message;
 }
