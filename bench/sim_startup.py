@@ -4,7 +4,8 @@ StartUp --cycles 1` on documents from bench/gen_program.py (N float64 ports, N s
 a `gain` each), and, for the floor under every run, `varnix-sim --version` (the process, its
 libraries and their loading, no program).
 
-Each figure is the median of --runs runs (wall time, user and system CPU of the child). Peak memory
+Each figure is the median of --runs runs (wall time, user and system CPU of the child); the
+commands take turns, one run each per round. Peak memory
 is not taken here: a child of this script starts as a copy of the Python interpreter, whose pages the
 kernel's peak for the child already counts. Writes JSON to --output (standard output by default) for scripts/bench_report.py.
 
@@ -38,17 +39,25 @@ def timed(command):
     return wall, usage.ru_utime, usage.ru_stime
 
 
-def measure(command, runs):
-    samples = [timed(command) for _ in range(runs)]
-    columns = list(zip(*samples))
-    return {
-        "command": " ".join(pathlib.Path(c).name if i == 0 else c for i, c in enumerate(command)),
-        "runs": runs,
-        "wall_s": statistics.median(columns[0]),
-        "wall_min_s": min(columns[0]),
-        "user_s": statistics.median(columns[1]),
-        "system_s": statistics.median(columns[2]),
-    }
+def measure(commands, runs):
+    """Runs every command `runs` times, in turns (each command once per round), so that a slow
+    minute of a shared machine weighs on every figure alike instead of on the one measured then."""
+    samples = [[] for _ in commands]
+    for _ in range(runs):
+        for index, command in enumerate(commands):
+            samples[index].append(timed(command))
+    figures = []
+    for command, taken in zip(commands, samples):
+        columns = list(zip(*taken))
+        figures.append({
+            "command": " ".join(pathlib.Path(c).name if i == 0 else c for i, c in enumerate(command)),
+            "runs": runs,
+            "wall_s": statistics.median(columns[0]),
+            "wall_min_s": min(columns[0]),
+            "user_s": statistics.median(columns[1]),
+            "system_s": statistics.median(columns[2]),
+        })
+    return figures
 
 
 def main():
@@ -62,18 +71,22 @@ def main():
         raise SystemExit(f"bench/sim_startup.py: {arguments.sim} is not an executable; build varnix-sim first")
     sizes = [int(size) for size in arguments.sizes.split(",") if size]
 
-    result = {"floor": measure([arguments.sim, "--version"], arguments.runs), "programs": []}
     with tempfile.TemporaryDirectory(prefix="varnix-sim-startup-") as folder:
+        commands = [[arguments.sim, "--version"]]
         for size in sizes:
             path = pathlib.Path(folder) / f"startup-{size}.prog.config"
             path.write_text(gen_program.document(size, "StartUp"))
-            figure = measure([arguments.sim, "run", str(path), "--type", "StartUp", "--cycles", "1"],
-                             arguments.runs)
-            figure["items"] = size
-            figure["command"] = f"varnix-sim run startup-{size}.prog.config --type StartUp --cycles 1"
-            result["programs"].append(figure)
-            print(f"{size:>6} items: {figure['wall_s'] * 1e3:7.1f} ms wall, "
-                  f"{figure['user_s'] * 1e3:6.1f} ms user", file=sys.stderr)
+            commands.append([arguments.sim, "run", str(path), "--type", "StartUp", "--cycles", "1"])
+        floor, *programs = measure(commands, arguments.runs)
+    result = {"floor": floor, "programs": []}
+    print(f"{'floor':>12}: {floor['wall_s'] * 1e3:7.1f} ms wall, {floor['user_s'] * 1e3:6.1f} ms user",
+          file=sys.stderr)
+    for size, figure in zip(sizes, programs):
+        figure["items"] = size
+        figure["command"] = f"varnix-sim run startup-{size}.prog.config --type StartUp --cycles 1"
+        result["programs"].append(figure)
+        print(f"{size:>6} items: {figure['wall_s'] * 1e3:7.1f} ms wall, "
+              f"{figure['user_s'] * 1e3:6.1f} ms user", file=sys.stderr)
     text = json.dumps(result, indent=2) + "\n"
     if arguments.output:
         pathlib.Path(arguments.output).write_text(text)

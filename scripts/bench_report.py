@@ -42,6 +42,9 @@ def item_ns(bench):
 def show(ns):
     if ns is None:
         return "-"
+    if ns < 0:
+        # A difference of two medians can fall below zero on a noisy machine.
+        return "-" + show(-ns)
     if ns >= 1e9:
         return f"{ns / 1e9:.2f} s"
     if ns >= 1e6:
@@ -68,8 +71,9 @@ def print_simulator_startup(data):
     print("\n## The simulator's start-up, from outside\n")
     print("`bench/sim_startup.py` runs the built `varnix-sim` as a user does, on documents of N float64")
     print("ports and N scale connectors with a `gain` each (bench/gen_program.py), one cycle. Wall time,")
-    print(f"user and system CPU of the process, median of {floor['runs']} runs. The floor is")
-    print("`varnix-sim --version`: starting the process and loading its libraries, no program.\n")
+    print(f"user and system CPU of the process, median of {floor['runs']} runs; the commands take turns, one run")
+    print("each per round, so that a slow minute of the shared machine weighs on all of them alike. The floor")
+    print("is `varnix-sim --version`: starting the process and loading its libraries, no program.\n")
     print("| command | wall | fastest | user CPU | system CPU | wall above the floor | per item |")
     print("|---|---|---|---|---|---|---|")
     print(f"| `{floor['command']}` (the floor) | {show(floor['wall_s'] * 1e9)} | {show(floor['wall_min_s'] * 1e9)} "
