@@ -17,7 +17,7 @@ namespace Zon::Host {
 /// The runtime directory and `/dev/shm` are memory file systems on the systems that have them. A
 /// run's directories are small and live no longer than the run; on a journalled disk file system
 /// their creation and removal cost the simulator a few milliseconds of every start (each new
-/// directory and file is a journal entry), in memory a tenth of that.
+/// directory and file is a journal entry), in memory a fifth of that.
 std::filesystem::path PrivateDirectoryBase();
 
 /// A directory of the process's own, "<base>/<prefix>-XXXXXX" with a unique ending and mode 0700
