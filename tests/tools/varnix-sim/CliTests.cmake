@@ -4,7 +4,7 @@ set(docs "${CMAKE_CURRENT_LIST_DIR}/documents")
 set(examples "${PROJECT_SOURCE_DIR}/examples")
 
 # varnix_sim_test(NAME ARGS a|b|c RC n [STDOUT file] [STDOUT_REGEX re] [STDERR_REGEX re] [STDERR_LINES n]
-#                 [ENV NAME=VALUE...])
+#                 [ENV NAME=set:VALUE|NAME=unset:...])
 function(varnix_sim_test name)
   cmake_parse_arguments(T "" "ARGS;RC;STDOUT;STDOUT_REGEX;STDERR_REGEX;STDERR_LINES" "ENV" ${ARGN})
   set(defines -DSIM=$<TARGET_FILE:varnix-sim> "-DARGS=${T_ARGS}" -DWORKDIR=${PROJECT_SOURCE_DIR} -DEXPECT_RC=${T_RC})
@@ -22,7 +22,7 @@ function(varnix_sim_test name)
   endif()
   add_test(NAME VarnixSimCli.${name} COMMAND ${CMAKE_COMMAND} ${defines} -P ${sim_run})
   if(T_ENV)
-    set_tests_properties(VarnixSimCli.${name} PROPERTIES ENVIRONMENT "${T_ENV}")
+    set_tests_properties(VarnixSimCli.${name} PROPERTIES ENVIRONMENT_MODIFICATION "${T_ENV}")
   endif()
 endfunction()
 
@@ -98,10 +98,12 @@ varnix_sim_test(CycleTimeBelowAMicrosecond RC 2 ARGS "run|examples/tank/TankProg
 varnix_sim_test(CycleTimeBeyondSixtyFourBits RC 2
   ARGS "run|examples/tank/TankProgram.prog.config|--cycle-time|99999999999999999999999s"
   STDERR_REGEX "^varnix-sim: --cycle-time 99999999999999999999999s: too long for a cycle time\n$" STDERR_LINES 1)
-# The controller's file system is a private directory in TMPDIR when it is set: one that is not
-# there stops the run with what to do.
+# The controller's file system is a private directory in the temporary directory that the
+# environment names: one that is not there stops the run with what to do. Named by TMP here (the
+# variable after TMPDIR): valgrind, which runs these tests under scripts/memcheck.py, keeps its own
+# files in TMPDIR.
 varnix_sim_test(TemporaryDirectoryMissing RC 2 ARGS "run|examples/tank/TankProgram.prog.config"
-  ENV "TMPDIR=/nonexistent/varnix-tmp"
+  ENV "TMPDIR=unset:" "TMP=set:/nonexistent/varnix-tmp"
   STDERR_REGEX "^varnix-sim: cannot create a private directory for the simulated controller \\(cannot create a directory in /nonexistent/varnix-tmp: No such file or directory\\). set TMPDIR to a writable directory\n$"
   STDERR_LINES 1)
 varnix_sim_test(EnvironmentInHelp RC 0 ARGS "--help"
