@@ -4,13 +4,11 @@
 // (constructed, published, the domain proxy's event raised).
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <thread>
 
 #include "VarnixBase/Commons/Meta/MetaInfoProvider.hpp"

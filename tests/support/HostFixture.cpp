@@ -1,9 +1,6 @@
 #include "support/HostFixture.hpp"
 
-#include <cstdlib>
 #include <fstream>
-#include <stdexcept>
-#include <system_error>
 
 namespace VarnixTest {
 

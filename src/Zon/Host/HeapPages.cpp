@@ -82,7 +82,10 @@ bool PrepareHeapForLargePrograms(std::size_t reserve) noexcept
                 HeldGap() = gap;
                 return advised;
             }
-            probe = gap;
+            // Moved elsewhere it keeps nothing (and a failed realloc leaves the block as it was).
+            if (gap != nullptr) {
+                probe = gap;
+            }
         }
     }
     std::free(probe);
